@@ -1,0 +1,22 @@
+#include <ostream>
+
+#include "driver/RunSettings.h"
+
+namespace peakbox {
+
+void RunSettings::writeFieldHeader(std::ostream& out) const {
+  if (!field.empty()) out << "# FIELD(MHz): " << field << "\n#\n";
+}
+
+void RunSettings::writeSpectrumHeader(int index, std::ostream& out) const {
+  out << "# SPECTRUM " << index + 1 << ": " << spectrumFiles[static_cast<std::size_t>(index)] << "\n";
+}
+
+void RunSettings::writeParametersHeader(int index, std::ostream& out) const {
+  if (spectrumTokenCount < 3) return;
+  out << "# PARAMETERS: " << spectrumParameters1[static_cast<std::size_t>(index)];
+  if (spectrumTokenCount > 3) out << "\t" << spectrumParameters2[static_cast<std::size_t>(index)];
+  out << "\n";
+}
+
+}  // namespace peakbox

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+namespace peakbox {
+
+/// The integer at the start of `text`, as `strtol` reads it with base 0: 0x10 is 16, 010 is 8, 12abc is 12, abc is 0.
+/// A number beyond 32 bits becomes the nearest 32-bit limit.
+std::int32_t textToInteger(const char* text);
+
+/// The number at the start of `text`, as `strtod` reads it; 0 when there is none.
+double textToReal(const char* text);
+
+}  // namespace peakbox

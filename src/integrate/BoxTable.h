@@ -1,0 +1,66 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+#include "driver/RunSettings.h"
+#include "peaks/PeakList.h"
+#include "spectrum/Spectrum.h"
+
+namespace peakbox {
+
+/// One peak's place in one dimension, in data points: its centre and the edges of the area that is searched for it.
+struct BoxExtent {
+  double centre = 0.0;
+  double low = 0.0;
+  double high = 0.0;
+};
+
+/// The working table of a run: where each peak is looked for and what was measured there in the spectrum in hand.
+/// Entry j belongs to peak j of the peak list, from 0, which is also the number that messages give.
+class BoxTable {
+ public:
+  /// Tolerances in Hz, direct dimension first.
+  BoxTable(unsigned peakCount, double tolerance1, double tolerance2);
+
+  /// Builds every search area from the peak list and folds those outside the spectral window [0, size] back into it, by
+  /// whole sizes, with a warning for each. A place that is no number or absurdly far off ends the run with status 1.
+  void placeBoxes(const Spectrum& spectrum, const PeakList& peaks);
+
+  /// Measures peak j: moves its centre to the point of greatest magnitude in its search area and sums the
+  /// (2 halfWidth1 + 1) x (2 halfWidth2 + 1) points around it. A box that reaches outside the plane ends the run with
+  /// status 0, a search area that is not a number with status 1.
+  void integratePeak(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2);
+
+  /// Search areas of the first `count` peaks become centre +- tolerance.
+  void recentreBoxes(int count);
+
+  /// Measures all spectra of the run and writes a table for each, flushed when complete. A report that cannot be
+  /// created is not an error.
+  void writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks);
+
+  /// The table of spectrum `index`, from 0, from what this table and `spectrum`'s axes hold.
+  void writeSpectrumTable(int index, std::ostream& out, const RunSettings& settings, const Spectrum& spectrum,
+                          const PeakList& peaks) const;
+
+  const BoxExtent& getExtent1(int j) const { return extents1[static_cast<std::size_t>(j)]; }
+  const BoxExtent& getExtent2(int j) const { return extents2[static_cast<std::size_t>(j)]; }
+  double getIntensity(int j) const { return intensities[static_cast<std::size_t>(j)]; }
+
+ private:
+  void convertTolerance(const Spectrum& spectrum);
+  void foldDirect(int j, int size);
+  void foldIndirect(int j, int size);
+
+  std::array<double, 2> tolerance;
+  std::array<double, 2> tolerancePoints{};
+  std::vector<BoxExtent> extents1;
+  std::vector<BoxExtent> extents2;
+  std::vector<double> intensities;
+  std::vector<std::int32_t> foldCount1;
+  std::vector<std::int32_t> foldCount2;
+};
+
+}  // namespace peakbox

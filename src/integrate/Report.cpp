@@ -1,0 +1,64 @@
+#include <charconv>
+#include <cmath>
+#include <fstream>
+#include <string>
+
+#include "integrate/BoxTable.h"
+
+namespace peakbox {
+
+namespace {
+
+/// Appends `value` as a stream's default format writes it, six significant digits, without the stream's cost.
+void appendNumber(std::string& text, double value) {
+  char digits[32];
+  const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 6);
+  text.append(digits, end.ptr);
+}
+
+}  // namespace
+
+void BoxTable::writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks) {
+  std::ofstream report(settings.getOutputFile());
+  const int peakCount = peaks.getCount();
+  for (int k = 0; k < settings.getSpectrumCount(); ++k) {
+    spectrum.loadData(settings.getSpectrumFile(k), settings.getVerbose());
+    for (int j = 0; j < peakCount; ++j) {
+      integratePeak(j, spectrum, settings.getBoxSize(0), settings.getBoxSize(1));
+    }
+    // Later spectra are searched around the points found in the first.
+    if (k == 0) recentreBoxes(peakCount);
+    writeSpectrumTable(k, report, settings, spectrum, peaks);
+  }
+}
+
+void BoxTable::writeSpectrumTable(int index, std::ostream& out, const RunSettings& settings, const Spectrum& spectrum,
+                                  const PeakList& peaks) const {
+  constexpr std::size_t kTextBuffer = 1 << 16;
+
+  if (index == 0) settings.writeFieldHeader(out);
+  settings.writeSpectrumHeader(index, out);
+  settings.writeParametersHeader(index, out);
+
+  std::string text = "# Num\tLabel\tPos1\tPos2\tInt\n";
+  for (int j = 0; j < peaks.getCount(); ++j) {
+    const std::string& label = peaks.getLabel(j);
+    const bool isNoise = label.find("noise") != std::string::npos;
+    const double intensity = getIntensity(j);
+
+    text += "  " + std::to_string(peaks.getNumber(j)) + "\t" + label + "\t";
+    appendNumber(text, spectrum.pointToPpm(getExtent1(j).centre, 0));
+    text += '\t';
+    appendNumber(text, spectrum.pointToPpm(getExtent2(j).centre, 1));
+    text += '\t';
+    appendNumber(text, settings.getAbsoluteIntensity() && !isNoise ? std::fabs(intensity) : intensity);
+    text += '\n';
+    if (text.size() >= kTextBuffer) {
+      out << text;
+      text.clear();
+    }
+  }
+  out << text << '\n' << std::flush;
+}
+
+}  // namespace peakbox

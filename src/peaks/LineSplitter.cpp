@@ -1,0 +1,74 @@
+#include "peaks/LineSplitter.h"
+
+#include <cstring>
+#include <istream>
+
+#include "driver/Messages.h"
+#include "driver/TextNumbers.h"
+
+namespace peakbox {
+
+LineSplitter::LineSplitter() {
+  addDelimiter(' ');
+  addDelimiter('\t');
+  addQuotes('{', '}');
+}
+
+void LineSplitter::addQuotes(char open, char close) {
+  openers += open;
+  closers += close;
+}
+
+bool LineSplitter::isOpener(char c) {
+  const std::size_t found = openers.find(c);
+  if (found == std::string::npos) return false;
+  quoteIndex = static_cast<std::int32_t>(found);
+  return true;
+}
+
+bool LineSplitter::readLine(std::istream& stream) {
+  fieldStarts.clear();
+  std::getline(stream, line);
+  if (stream.eof()) return false;
+  splitLine();
+  return true;
+}
+
+void LineSplitter::splitLine() {
+  const std::size_t length = line.size();
+  for (std::size_t i = 0; i < length; ++i) {
+    if (isOpener(line[i])) {
+      while (i < length && !isCloser(line[i])) ++i;
+    } else if (isDelimiter(line[i])) {
+      line[i] = '\0';
+    }
+  }
+  for (std::size_t i = 0; i < length; ++i) {
+    if (line[i] != '\0' && (i == 0 || line[i - 1] == '\0')) fieldStarts.push_back(i);
+  }
+}
+
+std::int32_t LineSplitter::findField(const std::string& name) const {
+  for (std::size_t i = 0; i < fieldStarts.size(); ++i) {
+    if (std::strcmp(line.c_str() + fieldStarts[i], name.c_str()) == 0) return static_cast<std::int32_t>(i);
+  }
+  return -1;
+}
+
+void LineSplitter::checkIndex(std::int32_t i) const {
+  if (i < 0) fail("Negative column index forbidden\n", 0);
+  if (static_cast<std::size_t>(i) >= fieldStarts.size()) {
+    fail("Column index (" + std::to_string(i) + ") exceeds maximum (" + std::to_string(fieldStarts.size()) + ")\n", 0);
+  }
+}
+
+const char* LineSplitter::getField(std::int32_t i) const {
+  checkIndex(i);
+  return line.c_str() + fieldStarts[static_cast<std::size_t>(i)];
+}
+
+std::int32_t LineSplitter::getFieldAsInt(std::int32_t i) const { return textToInteger(getField(i)); }
+
+float LineSplitter::getFieldAsFloat(std::int32_t i) const { return static_cast<float>(textToReal(getField(i))); }
+
+}  // namespace peakbox

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "spectrum/Spectrum.h"
+
+namespace peakbox {
+
+/// One peak of the list; arrays hold the direct dimension at 0, the indirect one at 1.
+struct Peak {
+  std::int32_t number;
+  std::string label;
+  /// Centre, and full width of the bounds: ppm as read, points of the spectrum after `toPoints`.
+  std::array<double, 2> position;
+  std::array<double, 2> boundsWidth;
+
+  void toPoints(const Spectrum& spectrum);
+};
+
+/// The peaks of one peak list file in file order, their places in data points of the run's first spectrum.
+class PeakList {
+ public:
+  /// Reads the file once, converting ppm by the axes of `spectrum`, and returns the number of peaks. A file that cannot
+  /// be opened ends the run with status 1, a line with too few fields with status 0. When verbose, reports the number
+  /// on standard output.
+  unsigned read(const char* path, const Spectrum& spectrum, bool verbose);
+
+  /// `i` is a position in the list, from 0 to `getCount() - 1`; `dim` is 0 or 1. Neither is checked.
+  int getCount() const { return static_cast<int>(peaks.size()); }
+  std::int32_t getNumber(int i) const { return at(i).number; }
+  const std::string& getLabel(int i) const { return at(i).label; }
+  double getPosition(int i, int dim) const { return at(i).position[static_cast<std::size_t>(dim)]; }
+  double getBoundsWidth(int i, int dim) const { return at(i).boundsWidth[static_cast<std::size_t>(dim)]; }
+
+ private:
+  const Peak& at(int i) const { return peaks[static_cast<std::size_t>(i)]; }
+  void readHeader(std::istream& stream);
+  void readPeaks(std::istream& stream, const Spectrum& spectrum);
+
+  std::vector<Peak> peaks;
+  /// Field indices in a data line.
+  std::int32_t labelColumn = 0;
+  std::array<std::int32_t, 2> positionColumn{};
+  std::array<std::int32_t, 2> boundsColumn{};
+};
+
+}  // namespace peakbox

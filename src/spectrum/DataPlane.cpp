@@ -1,0 +1,62 @@
+#include "spectrum/DataPlane.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace peakbox {
+
+DataPlane::~DataPlane() { release(); }
+
+void DataPlane::release() {
+  if (values != nullptr) munmap(values, static_cast<std::size_t>(size1 * size2) * sizeof(double));
+  values = nullptr;
+  size1 = size2 = 0;
+}
+
+bool DataPlane::resize(std::ptrdiff_t newSize1, std::ptrdiff_t newSize2) {
+  release();
+  if (newSize1 == 0 || newSize2 == 0) {
+    size1 = newSize1;
+    size2 = newSize2;
+    return true;
+  }
+  constexpr std::ptrdiff_t kMostPoints = std::numeric_limits<std::ptrdiff_t>::max() / sizeof(double);
+  if (newSize1 > kMostPoints / newSize2) return false;
+
+  // Pages straight from the kernel are zero without being written, and a refusal comes as a value.
+  const std::size_t bytes = static_cast<std::size_t>(newSize1 * newSize2) * sizeof(double);
+  void* pages = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) return false;
+  // Filling the plane strides across it: with small pages that costs a page fault and a TLB miss for every few points.
+  // Only advice, so a refusal does not matter.
+  madvise(pages, bytes, MADV_HUGEPAGE);
+
+  values = static_cast<double*>(pages);
+  size1 = newSize1;
+  size2 = newSize2;
+  return true;
+}
+
+void DataPlane::placeRows(const float* rows, std::ptrdiff_t stride, std::ptrdiff_t i0, std::ptrdiff_t width,
+                          std::ptrdiff_t j0, std::ptrdiff_t height) {
+  // Turned over in blocks of one cache line by one: the lines of the file's rows and of the plane that are in hand at a
+  // time fit the first-level cache even when all of them fall into one of its sets, as sizes that are powers of two make
+  // them do.
+  constexpr std::ptrdiff_t kFloatsPerLine = 16;
+  constexpr std::ptrdiff_t kDoublesPerLine = 8;
+
+  for (std::ptrdiff_t i = 0; i < width; i += kFloatsPerLine) {
+    const std::ptrdiff_t endI = std::min(i + kFloatsPerLine, width);
+    for (std::ptrdiff_t j = 0; j < height; j += kDoublesPerLine) {
+      const std::ptrdiff_t endJ = std::min(j + kDoublesPerLine, height);
+      for (std::ptrdiff_t x = i; x < endI; ++x) {
+        double* line = (*this)[i0 + x] + j0;
+        for (std::ptrdiff_t y = j; y < endJ; ++y) line[y] = rows[y * stride + x];
+      }
+    }
+  }
+}
+
+}  // namespace peakbox
