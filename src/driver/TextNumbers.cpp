@@ -1,8 +1,11 @@
 #include "driver/TextNumbers.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <system_error>
 
 namespace peakbox {
 
@@ -11,6 +14,13 @@ std::int32_t textToInteger(const char* text) {
   return static_cast<std::int32_t>(std::clamp<long>(std::strtol(text, nullptr, 0), Limits::min(), Limits::max()));
 }
 
-double textToReal(const char* text) { return std::strtod(text, nullptr); }
+double textToReal(const char* text) {
+  // from_chars is several times as fast. strtod takes over for all that only strtod accepts: leading white space, a
+  // plus sign, hexadecimal digits after 0x, numbers beyond the range of a double.
+  double value = 0.0;
+  const std::from_chars_result result = std::from_chars(text, text + std::strlen(text), value);
+  const bool isHexadecimal = *result.ptr == 'x' || *result.ptr == 'X';
+  return result.ec == std::errc() && !isHexadecimal ? value : std::strtod(text, nullptr);
+}
 
 }  // namespace peakbox

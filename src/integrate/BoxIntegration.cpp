@@ -82,7 +82,26 @@ double sumBox(const DataPlane& data, const Range& range1, const Range& range2) {
   return sum;
 }
 
+/// Whole points of [low, high] that lie in a dimension of `size` points, for any edges at all.
+Range findPointsInPlane(double low, double high, std::int64_t size) {
+  const auto last = static_cast<double>(size - 1);
+  return {static_cast<std::int64_t>(std::fmax(0.0, std::fmin(low, last))),
+          static_cast<std::int64_t>(std::fmax(0.0, std::fmin(high, last)))};
+}
+
 }  // namespace
+
+void BoxTable::prefetchBox(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2) const {
+  constexpr std::int64_t kDoublesPerLine = 8;
+  const BoxExtent& extent1 = getExtent1(j);
+  const BoxExtent& extent2 = getExtent2(j);
+  const Range rows = findPointsInPlane(extent1.low - halfWidth1, extent1.high + halfWidth1, spectrum.getSize(0));
+  const Range columns = findPointsInPlane(extent2.low - halfWidth2, extent2.high + halfWidth2, spectrum.getSize(1));
+  for (std::int64_t a = rows.first; a <= rows.last; ++a) {
+    const double* row = spectrum.getData()[a];
+    for (std::int64_t b = columns.first; b <= columns.last; b += kDoublesPerLine) __builtin_prefetch(row + b);
+  }
+}
 
 void BoxTable::integratePeak(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2) {
   const auto entry = static_cast<std::size_t>(j);

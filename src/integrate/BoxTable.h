@@ -53,6 +53,8 @@ class BoxTable {
   void convertTolerance(const Spectrum& spectrum);
   void foldDirect(int j, int size);
   void foldIndirect(int j, int size);
+  /// Asks the memory for what `integratePeak` will read for peak j; most of its time would be spent waiting for that.
+  void prefetchBox(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2) const;
 
   std::array<double, 2> tolerance;
   std::array<double, 2> tolerancePoints{};

@@ -21,10 +21,13 @@ void appendNumber(std::string& text, double value) {
 void BoxTable::writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks) {
   std::ofstream report(settings.getOutputFile());
   const int peakCount = peaks.getCount();
+  const std::int32_t halfWidth1 = settings.getBoxSize(0);
+  const std::int32_t halfWidth2 = settings.getBoxSize(1);
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     spectrum.loadData(settings.getSpectrumFile(k), settings.getVerbose());
     for (int j = 0; j < peakCount; ++j) {
-      integratePeak(j, spectrum, settings.getBoxSize(0), settings.getBoxSize(1));
+      if (j + 1 < peakCount) prefetchBox(j + 1, spectrum, halfWidth1, halfWidth2);
+      integratePeak(j, spectrum, halfWidth1, halfWidth2);
     }
     // Later spectra are searched around the points found in the first.
     if (k == 0) recentreBoxes(peakCount);
@@ -46,7 +49,7 @@ void BoxTable::writeSpectrumTable(int index, std::ostream& out, const RunSetting
     const bool isNoise = label.find("noise") != std::string::npos;
     const double intensity = getIntensity(j);
 
-    text += "  " + std::to_string(peaks.getNumber(j)) + "\t" + label + "\t";
+    text.append("  ").append(std::to_string(peaks.getNumber(j))).append("\t").append(label).append("\t");
     appendNumber(text, spectrum.pointToPpm(getExtent1(j).centre, 0));
     text += '\t';
     appendNumber(text, spectrum.pointToPpm(getExtent2(j).centre, 1));

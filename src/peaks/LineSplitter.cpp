@@ -1,5 +1,6 @@
 #include "peaks/LineSplitter.h"
 
+#include <algorithm>
 #include <cstring>
 #include <istream>
 
@@ -14,16 +15,32 @@ LineSplitter::LineSplitter() {
   addQuotes('{', '}');
 }
 
+void LineSplitter::addDelimiter(char c) {
+  delimiters += c;
+  special[static_cast<unsigned char>(c)] = true;
+}
+
 void LineSplitter::addQuotes(char open, char close) {
   openers += open;
   closers += close;
+  special[static_cast<unsigned char>(open)] = true;
+}
+
+bool LineSplitter::isDelimiter(char c) const {
+  for (const char delimiter : delimiters) {
+    if (delimiter == c) return true;
+  }
+  return false;
 }
 
 bool LineSplitter::isOpener(char c) {
-  const std::size_t found = openers.find(c);
-  if (found == std::string::npos) return false;
-  quoteIndex = static_cast<std::int32_t>(found);
-  return true;
+  for (std::size_t i = 0; i < openers.size(); ++i) {
+    if (openers[i] == c) {
+      quoteIndex = static_cast<std::int32_t>(i);
+      return true;
+    }
+  }
+  return false;
 }
 
 bool LineSplitter::readLine(std::istream& stream) {
@@ -35,16 +52,18 @@ bool LineSplitter::readLine(std::istream& stream) {
 }
 
 void LineSplitter::splitLine() {
+  char* text = line.data();
   const std::size_t length = line.size();
   for (std::size_t i = 0; i < length; ++i) {
-    if (isOpener(line[i])) {
-      while (i < length && !isCloser(line[i])) ++i;
-    } else if (isDelimiter(line[i])) {
-      line[i] = '\0';
+    if (!special[static_cast<unsigned char>(text[i])]) continue;
+    if (isDelimiter(text[i])) {
+      text[i] = '\0';
+    } else if (isOpener(text[i])) {
+      i = std::min(line.find(getCloser(), i), length);
     }
   }
-  for (std::size_t i = 0; i < length; ++i) {
-    if (line[i] != '\0' && (i == 0 || line[i - 1] == '\0')) fieldStarts.push_back(i);
+  for (std::size_t i = 0; i < length; i += std::strlen(text + i) + 1) {
+    if (text[i] != '\0') fieldStarts.push_back(i);
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -29,11 +30,11 @@ class LineSplitter {
   float getFieldAsFloat(std::int32_t i) const;
 
  private:
-  void addDelimiter(char c) { delimiters += c; }
+  void addDelimiter(char c);
   void addQuotes(char open, char close);
-  bool isDelimiter(char c) const { return delimiters.find(c) != std::string::npos; }
+  bool isDelimiter(char c) const;
   bool isOpener(char c);
-  bool isCloser(char c) const { return c == closers[static_cast<std::size_t>(quoteIndex)]; }
+  char getCloser() const { return closers[static_cast<std::size_t>(quoteIndex)]; }
   void splitLine();
   void checkIndex(std::int32_t i) const;
 
@@ -41,6 +42,8 @@ class LineSplitter {
   std::string delimiters;
   std::string openers;
   std::string closers;
+  /// For each character whether it is a delimiter or an opener: nearly all of a line is passed over at one look each.
+  std::array<bool, 256> special{};
   std::string line;
   std::vector<std::size_t> fieldStarts;
 };

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "spectrum/Words.h"
+
 namespace peakbox {
 
 DataPlane::~DataPlane() { release(); }
@@ -39,24 +41,29 @@ bool DataPlane::resize(std::ptrdiff_t newSize1, std::ptrdiff_t newSize2) {
   return true;
 }
 
-void DataPlane::placeRows(const float* rows, std::ptrdiff_t stride, std::ptrdiff_t i0, std::ptrdiff_t width,
-                          std::ptrdiff_t j0, std::ptrdiff_t height) {
-  // Turned over in blocks of one cache line by one: the lines of the file's rows and of the plane that are in hand at a
-  // time fit the first-level cache even when all of them fall into one of its sets, as sizes that are powers of two make
-  // them do.
-  constexpr std::ptrdiff_t kFloatsPerLine = 16;
+template <bool byteSwapped>
+void DataPlane::turnRows(const FileRows& rows, std::ptrdiff_t i0, std::ptrdiff_t j0) {
+  // Turned over in blocks of one cache line by one: the lines of the file's rows that are in hand at a time fit the
+  // first-level cache even when all of them fall into one of its sets, as sizes that are powers of two make them do.
+  // The plane's lines are asked for two blocks ahead, since waiting for them is most of the time otherwise.
+  constexpr std::ptrdiff_t kWordsPerLine = 16;
   constexpr std::ptrdiff_t kDoublesPerLine = 8;
 
-  for (std::ptrdiff_t i = 0; i < width; i += kFloatsPerLine) {
-    const std::ptrdiff_t endI = std::min(i + kFloatsPerLine, width);
-    for (std::ptrdiff_t j = 0; j < height; j += kDoublesPerLine) {
-      const std::ptrdiff_t endJ = std::min(j + kDoublesPerLine, height);
+  for (std::ptrdiff_t i = 0; i < rows.width; i += kWordsPerLine) {
+    const std::ptrdiff_t endI = std::min(i + kWordsPerLine, rows.width);
+    for (std::ptrdiff_t j = 0; j < rows.height; j += kDoublesPerLine) {
+      const std::ptrdiff_t endJ = std::min(j + kDoublesPerLine, rows.height);
       for (std::ptrdiff_t x = i; x < endI; ++x) {
         double* line = (*this)[i0 + x] + j0;
-        for (std::ptrdiff_t y = j; y < endJ; ++y) line[y] = rows[y * stride + x];
+        __builtin_prefetch(line + j + 2 * kDoublesPerLine, 1);
+        for (std::ptrdiff_t y = j; y < endJ; ++y) line[y] = wordToReal<byteSwapped>(rows.words[y * rows.stride + x]);
       }
     }
   }
+}
+
+void DataPlane::placeRows(const FileRows& rows, bool byteSwapped, std::ptrdiff_t i0, std::ptrdiff_t j0) {
+  byteSwapped ? turnRows<true>(rows, i0, j0) : turnRows<false>(rows, i0, j0);
 }
 
 }  // namespace peakbox

@@ -2,8 +2,17 @@
 
 #include <cassert>
 #include <cstddef>
+#include <cstdint>
 
 namespace peakbox {
+
+/// `height` rows of `width` 4-byte words as a spectrum file holds them; each row begins `stride` words after the last.
+struct FileRows {
+  const std::uint32_t* words;
+  std::ptrdiff_t stride;
+  std::ptrdiff_t width;
+  std::ptrdiff_t height;
+};
 
 /// A plane of doubles, size1 x size2 points, in one allocation: `plane[i][j]` is point i of dimension 1 and point j of
 /// dimension 2, both from 0. Indices are not checked.
@@ -24,10 +33,9 @@ class DataPlane {
   double* operator[](std::ptrdiff_t i) { return values + rowStart(i); }
   const double* operator[](std::ptrdiff_t i) const { return values + rowStart(i); }
 
-  /// Sets points [i0, i0 + width) x [j0, j0 + height) from file rows, each of which runs along dimension 1:
-  /// plane[i0 + i][j0 + j] = rows[j * stride + i].
-  void placeRows(const float* rows, std::ptrdiff_t stride, std::ptrdiff_t i0, std::ptrdiff_t width, std::ptrdiff_t j0,
-                 std::ptrdiff_t height);
+  /// Places file rows, each of which runs along dimension 1, from point (i0, j0) on:
+  /// plane[i0 + i][j0 + j] = words[j * stride + i], as a float whose bytes are reversed first with `byteSwapped`.
+  void placeRows(const FileRows& rows, bool byteSwapped, std::ptrdiff_t i0, std::ptrdiff_t j0);
 
  private:
   std::ptrdiff_t rowStart(std::ptrdiff_t i) const {
@@ -35,6 +43,8 @@ class DataPlane {
     return i * size2;
   }
   void release();
+  template <bool byteSwapped>
+  void turnRows(const FileRows& rows, std::ptrdiff_t i0, std::ptrdiff_t j0);
 
   double* values = nullptr;
   std::ptrdiff_t size1 = 0;

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "driver/Messages.h"
+#include "spectrum/Words.h"
 
 namespace peakbox {
 

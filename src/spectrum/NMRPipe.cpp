@@ -8,18 +8,20 @@ namespace peakbox {
 
 namespace {
 
+constexpr std::size_t wordOffset(std::size_t word) { return 4 * word; }
+
 /// Byte offsets of the header's words, all of them floats.
-constexpr std::size_t kDimensionCount = 4 * 9;
-constexpr std::size_t kQuadFlag2 = 4 * 55;
-constexpr std::size_t kQuadFlag1 = 4 * 56;
-constexpr std::size_t kSize1 = 4 * 99;
-constexpr std::size_t kSweepWidthHz1 = 4 * 100;
-constexpr std::size_t kOriginHz1 = 4 * 101;
-constexpr std::size_t kObserveMHz1 = 4 * 119;
-constexpr std::size_t kObserveMHz2 = 4 * 218;
-constexpr std::size_t kRowCount = 4 * 219;
-constexpr std::size_t kSweepWidthHz2 = 4 * 229;
-constexpr std::size_t kOriginHz2 = 4 * 249;
+constexpr std::size_t kDimensionCount = wordOffset(9);
+constexpr std::size_t kQuadFlag2 = wordOffset(55);
+constexpr std::size_t kQuadFlag1 = wordOffset(56);
+constexpr std::size_t kSize1 = wordOffset(99);
+constexpr std::size_t kSweepWidthHz1 = wordOffset(100);
+constexpr std::size_t kOriginHz1 = wordOffset(101);
+constexpr std::size_t kObserveMHz1 = wordOffset(119);
+constexpr std::size_t kObserveMHz2 = wordOffset(218);
+constexpr std::size_t kRowCount = wordOffset(219);
+constexpr std::size_t kSweepWidthHz2 = wordOffset(229);
+constexpr std::size_t kOriginHz2 = wordOffset(249);
 
 /// Whether size and frequency of dimension 1 make sense in the given byte order. A NaN frequency counts as sensible.
 bool isPlausible(const FileHeader& header, bool byteSwapped) {

@@ -6,6 +6,7 @@
 #include "driver/Messages.h"
 #include "spectrum/Spectrum.h"
 #include "spectrum/WordReader.h"
+#include "spectrum/Words.h"
 
 namespace peakbox {
 
@@ -47,7 +48,7 @@ void Spectrum::loadData(const char* path, bool verbose) {
   // more memory than the file has bytes.
   checkDataLength(countBytesAhead(stream));
 
-  WordReader words(stream, byteSwapped);
+  WordReader words(stream);
   isPipe ? loadPipeData(words) : loadViewData(words);
 }
 
@@ -71,10 +72,11 @@ void Spectrum::loadBlock(WordReader& words, const FileBlock& block) {
     const std::int64_t rows = std::min(pieceHeight, block.rowCount - y);
     for (std::int64_t x = 0; x < block.rowWords; x += pieceWidth) {
       const std::int64_t columns = std::min(pieceWidth, block.rowWords - x);
-      const float* piece = words.take(static_cast<std::size_t>(rows * columns));
+      const std::uint32_t* piece = words.take(static_cast<std::size_t>(rows * columns));
       if (words.endedEarly()) checkDataLength(words.getBytesFound());
-      data.placeRows(piece, columns, block.i0 + x, std::clamp<std::int64_t>(block.width - x, 0, columns), block.j0 + y,
-                     std::clamp<std::int64_t>(block.height - y, 0, rows));
+      const std::int64_t width = std::clamp<std::int64_t>(block.width - x, 0, columns);
+      const std::int64_t height = std::clamp<std::int64_t>(block.height - y, 0, rows);
+      data.placeRows({piece, columns, width, height}, byteSwapped, block.i0 + x, block.j0 + y);
     }
   }
 }

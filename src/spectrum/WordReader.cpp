@@ -1,46 +1,38 @@
 #include "spectrum/WordReader.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <limits>
 
-#include "spectrum/FileHeader.h"
-
 namespace peakbox {
 
-WordReader::WordReader(std::istream& source, bool sourceIsSwapped)
-    : stream(source), byteSwapped(sourceIsSwapped), buffer(kCapacity) {}
+namespace {
 
-const float* WordReader::take(std::size_t count) {
+constexpr std::size_t kWordSize = sizeof(std::uint32_t);
+
+}  // namespace
+
+const std::uint32_t* WordReader::take(std::size_t count) {
   if (end - next < count) refill();
   if (end - next < count) {
     shortOfWords = true;
-    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.end(), 0.0f);
+    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.end(), 0);
     end = next + count;
   }
-  const float* words = buffer.data() + next;
+  const std::uint32_t* words = buffer.data() + next;
   next += count;
   return words;
 }
 
 void WordReader::refill() {
-  std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(next), buffer.begin() + static_cast<std::ptrdiff_t>(end),
-            buffer.begin());
+  std::memmove(buffer.data(), buffer.data() + next, (end - next) * kWordSize);
   end -= next;
   next = 0;
-
-  const std::size_t room = (kCapacity - end) * sizeof(float);
-  stream.read(reinterpret_cast<char*>(buffer.data() + end), static_cast<std::streamsize>(room));
+  stream.read(reinterpret_cast<char*>(buffer.data() + end),
+              static_cast<std::streamsize>((kCapacity - end) * kWordSize));
   const auto found = static_cast<std::size_t>(stream.gcount());
   bytesFound += found;
-
-  const std::size_t words = found / sizeof(float);
-  if (byteSwapped) {
-    std::transform(&buffer[end], &buffer[end] + words, &buffer[end],
-                   [](float word) { return std::bit_cast<float>(reverseBytes(std::bit_cast<std::uint32_t>(word))); });
-  }
-  end += words;
+  end += found / kWordSize;
 }
 
 std::uint64_t countBytesAhead(std::istream& stream) {

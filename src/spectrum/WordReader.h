@@ -7,18 +7,18 @@
 
 namespace peakbox {
 
-/// Reads the 4-byte floats of a data section, in file order, through one buffer of bounded size. A section that ends
-/// early is not a fault here: what is missing, a word that was cut included, reads as 0.0.
+/// Reads the 4-byte words of a data section as they stand in the file, through one buffer of bounded size. A section
+/// that ends early is not a fault here: what is missing, a word that was cut included, reads as 0.
 class WordReader {
  public:
   /// The most words that one call of `take` can give.
-  static constexpr std::size_t kCapacity = std::size_t{1} << 17;
+  static constexpr std::size_t kCapacity = std::size_t{1} << 18;
 
-  /// Reads from the stream's position on; with `byteSwapped` the bytes of every word are reversed.
-  WordReader(std::istream& source, bool sourceIsSwapped);
+  /// Reads from the stream's position on.
+  explicit WordReader(std::istream& source) : stream(source), buffer(kCapacity) {}
 
   /// The next `count` words, at most `kCapacity`; they stay valid until the next call.
-  const float* take(std::size_t count);
+  const std::uint32_t* take(std::size_t count);
 
   /// True once `take` was asked for more than the section holds.
   bool endedEarly() const { return shortOfWords; }
@@ -30,8 +30,7 @@ class WordReader {
   void refill();
 
   std::istream& stream;
-  bool byteSwapped;
-  std::vector<float> buffer;
+  std::vector<std::uint32_t> buffer;
   std::size_t next = 0;
   std::size_t end = 0;
   std::uint64_t bytesFound = 0;
