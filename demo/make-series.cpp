@@ -1,0 +1,308 @@
+// make-series FOLDER: writes a synthetic relaxation series whose decay rates are known. There is one plane for each
+// delay, as an NMRPipe file in the machine's byte order and as an NMRView file in the other one; with them go the peak
+// list, a parameter file for either format, the known rates and the first plane as text.
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+/// One dimension of the planes. ppm falls as the 0-based point rises; `originPpm` lies one point before point 0.
+struct Axis {
+  std::string_view name;
+  int points;
+  double observeMHz;
+  double sweepHz;
+  double originPpm;
+  double lineWidth;    // standard deviation of a line, in points
+  double searchWidth;  // full width of a peak's bounds in the peak list, in points
+  int tilePoints;
+
+  double ppmPerPoint() const { return sweepHz / observeMHz / points; }
+  double ppm(double point) const { return originPpm - (point + 1) * ppmPerPoint(); }
+};
+
+/// A decaying line, or with height 0 a place without signal. Positions are 0-based points; one outside the plane is
+/// seen folded into it.
+struct Line {
+  std::string_view label;
+  double point1;
+  double point2;
+  double height;
+  double ratePerSecond;
+};
+
+using Plane = std::vector<double>;
+using Words = std::vector<std::uint32_t>;
+
+// Every axis value is exact in single precision, so both formats give the same ppm to the last digit.
+constexpr Axis kAxis1{"H1", 256, 600.0, 2700.0, 10.5, 2.0, 10.0, 48};
+constexpr Axis kAxis2{"N15", 128, 60.8125, 1581.125, 131.0, 1.5, 8.0, 20};
+
+constexpr std::array<double, 4> kDelaysSeconds{0.01, 0.05, 0.12, 0.25};
+
+constexpr std::array<Line, 12> kLines{{
+    {"T7", 100.3, 74.3, 70e3, 5.0},
+    {"G10", 150.9, 105.3, 85e3, 1.0},
+    {"I13", 54.8, 14.3, 60e3, 8.0},
+    {"G35", 113.9, 106.8, 65e3, 3.0},
+    {"I44", 79.8, 41.3, 75e3, 6.5},
+    {"A46", 86.6, -9.4, 70e3, 10.0},
+    {"K48", 142.9, 41.8, 80e3, 2.2},
+    {"L50", 111.1, 24.1, 90e3, 12.0},
+    {"Y59", 132.1, 71.9, 55e3, 1.5},
+    {"E64", 68.4, 78.3, 65e3, 4.0},
+    {"noise1", 190.0, 95.0, 0.0, 0.0},
+    {"noise2", 205.0, 30.0, 0.0, 0.0},
+}};
+
+constexpr double kNoise = 1e3;  // standard deviation of a data point
+constexpr int kHeaderWords = 512;
+
+std::size_t toIndex(int number) { return static_cast<std::size_t>(number); }
+
+/// Index of a point in a plane; points beyond an edge are those at the opposite one.
+std::size_t at(int i, int j) {
+  const int column = (i + kAxis1.points) % kAxis1.points;
+  const int row = (j + kAxis2.points) % kAxis2.points;
+  return toIndex(row * kAxis1.points + column);
+}
+
+Plane emptyPlane() { return Plane(toIndex(kAxis1.points * kAxis2.points)); }
+
+/// The sum of twelve uniform numbers: unlike std::normal_distribution it gives the same values with every library.
+double gaussian(std::mt19937& generator) {
+  double sum = -6.0;
+  for (int k = 0; k < 12; ++k) {
+    sum += static_cast<double>(generator()) / 4294967296.0;
+  }
+  return sum;
+}
+
+/// Weights 1, 4, 6, 4, 1 along the direction (di, dj).
+Plane smoothed(const Plane& plane, int di, int dj) {
+  Plane result = emptyPlane();
+  for (int j = 0; j < kAxis2.points; ++j) {
+    for (int i = 0; i < kAxis1.points; ++i) {
+      result[at(i, j)] = (6.0 * plane[at(i, j)] + 4.0 * (plane[at(i - di, j - dj)] + plane[at(i + di, j + dj)]) +
+                          plane[at(i - 2 * di, j - 2 * dj)] + plane[at(i + 2 * di, j + 2 * dj)]) /
+                         16.0;
+    }
+  }
+  return result;
+}
+
+/// Noise that neighbouring points share, as window functions and zero filling leave it in real planes.
+Plane makeNoise(std::mt19937& generator) {
+  Plane noise = emptyPlane();
+  for (double& value : noise) {
+    value = gaussian(generator);
+  }
+  noise = smoothed(smoothed(noise, 1, 0), 0, 1);
+  const double shrinkage = (1.0 + 16.0 + 36.0 + 16.0 + 1.0) / 256.0;  // of the standard deviation, by both passes
+  for (double& value : noise) {
+    value *= kNoise / shrinkage;
+  }
+  return noise;
+}
+
+/// Gaussian shape of height 1 at `distance` points from the centre or from its nearest folded image.
+double lineShape(double distance, const Axis& axis) {
+  const double widths = std::remainder(distance, axis.points) / axis.lineWidth;
+  return std::exp(-0.5 * widths * widths);
+}
+
+Plane makePlane(double delaySeconds, std::mt19937& generator) {
+  Plane plane = makeNoise(generator);
+  for (const Line& line : kLines) {
+    const double height = line.height * std::exp(-line.ratePerSecond * delaySeconds);
+    for (int j = 0; j < kAxis2.points; ++j) {
+      for (int i = 0; i < kAxis1.points; ++i) {
+        plane[at(i, j)] += height * lineShape(i - line.point1, kAxis1) * lineShape(j - line.point2, kAxis2);
+      }
+    }
+  }
+  return plane;
+}
+
+std::uint32_t floatWord(double value) { return std::bit_cast<std::uint32_t>(static_cast<float>(value)); }
+
+std::uint32_t byteReversed(std::uint32_t word) {
+  return word << 24 | (word & 0xff00u) << 8 | (word >> 8 & 0xff00u) | word >> 24;
+}
+
+/// Header words as floats, then the rows.
+Words makePipeFile(const Plane& plane) {
+  Words words(kHeaderWords);
+  words[9] = floatWord(2);   // dimensions
+  words[55] = floatWord(1);  // quadrature flags: real data
+  words[56] = floatWord(1);
+  words[99] = floatWord(kAxis1.points);
+  words[100] = floatWord(kAxis1.sweepHz);
+  words[101] = floatWord(kAxis1.originPpm * kAxis1.observeMHz - kAxis1.sweepHz);  // frequency of the last point
+  words[119] = floatWord(kAxis1.observeMHz);
+  words[218] = floatWord(kAxis2.observeMHz);
+  words[219] = floatWord(kAxis2.points);
+  words[229] = floatWord(kAxis2.sweepHz);
+  words[249] = floatWord(kAxis2.originPpm * kAxis2.observeMHz - kAxis2.sweepHz);
+  for (const double value : plane) {
+    words.push_back(floatWord(value));
+  }
+  return words;
+}
+
+void setViewAxis(Words& words, std::size_t block, const Axis& axis) {
+  const int middle = axis.points / 2;
+  words[block] = static_cast<std::uint32_t>(axis.points);
+  words[block + 1] = static_cast<std::uint32_t>(axis.tilePoints);
+  words[block + 6] = floatWord(axis.observeMHz);
+  words[block + 7] = floatWord(axis.sweepHz);
+  words[block + 8] = floatWord(middle);  // reference point and its value
+  words[block + 9] = floatWord(axis.ppm(middle));
+  words[block + 10] = 3;  // the value is in ppm
+}
+
+/// Whole tiles; neither tile size divides the plane, so the last ones are padded with zeros. All in the byte order
+/// that is not the machine's.
+Words makeViewFile(const Plane& plane) {
+  const int tiles1 = (kAxis1.points + kAxis1.tilePoints - 1) / kAxis1.tilePoints;
+  const int tiles2 = (kAxis2.points + kAxis2.tilePoints - 1) / kAxis2.tilePoints;
+  const int tileSize = kAxis1.tilePoints * kAxis2.tilePoints;
+  constexpr std::size_t block1 = 256;
+  constexpr std::size_t block2 = 288;
+  Words words(toIndex(kHeaderWords + tiles1 * tiles2 * tileSize));
+  words[0] = 0x3418abcd;
+  words[6] = 2;  // dimensions
+  setViewAxis(words, block1, kAxis1);
+  setViewAxis(words, block2, kAxis2);
+  for (int j = 0; j < kAxis2.points; ++j) {
+    for (int i = 0; i < kAxis1.points; ++i) {
+      const int tile = j / kAxis2.tilePoints * tiles1 + i / kAxis1.tilePoints;
+      const int place = j % kAxis2.tilePoints * kAxis1.tilePoints + i % kAxis1.tilePoints;
+      words[toIndex(kHeaderWords + tile * tileSize + place)] = floatWord(plane[at(i, j)]);
+    }
+  }
+  std::transform(words.begin(), words.end(), words.begin(), byteReversed);
+  std::memcpy(&words[block1 + 13], kAxis1.name.data(), kAxis1.name.size());  // text has no byte order
+  std::memcpy(&words[block2 + 13], kAxis2.name.data(), kAxis2.name.size());
+  return words;
+}
+
+std::string makePeakList() {
+  std::ostringstream text;
+  text << "label dataset sw sf\n"
+       << kAxis1.name << ' ' << kAxis2.name << "\nsynthetic\n"
+       << '{' << kAxis1.sweepHz << "} {" << kAxis2.sweepHz << "}\n"
+       << '{' << kAxis1.observeMHz << "} {" << kAxis2.observeMHz << "}\n";
+  for (const Axis* axis : {&kAxis1, &kAxis2}) {
+    for (const char* column : {".L ", ".P ", ".W ", ".B ", ".E ", ".J ", ".U "}) {
+      text << axis->name << column;
+    }
+  }
+  text << "vol int stat comment flag0\n";
+  int number = 0;
+  for (const Line& line : kLines) {
+    ++number;
+    const double offset = number % 2 == 0 ? 0.8 : -0.7;  // picked by hand, the positions are a little off the maxima
+    text << number;
+    for (const Axis* axis : {&kAxis1, &kAxis2}) {
+      const double point = axis == &kAxis1 ? line.point1 + offset : line.point2 - offset;
+      text << " {" << line.label << "} " << axis->ppm(point) << ' ' << 2.355 * axis->lineWidth * axis->ppmPerPoint()
+           << ' ' << axis->searchWidth * axis->ppmPerPoint() << " ++ {0.0} {}";
+    }
+    text << " 0.0 0.0 0 {} 0\n";
+  }
+  return text.str();
+}
+
+std::string spectrumFile(const std::string& format, std::size_t plane) {
+  return format + "-" + std::to_string(plane + 1) + (format == "pipe" ? ".ft2" : ".nv");
+}
+
+/// Boxes of 5 x 3 points; after the first spectrum the search reaches three and two points to either side.
+std::string makeParameterFile(const std::string& format) {
+  std::ostringstream text;
+  text << "# The third word of a SPECTRUM line is the relaxation delay in seconds.\n"
+       << "FIELD " << kAxis1.observeMHz << "\nBOXSIZE 2 1\nPEAKLIST peaks.xpk\nTOLERANCE 32 25\n";
+  for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
+    text << "SPECTRUM " << spectrumFile(format, k) << ' ' << kDelaysSeconds[k] << '\n';
+  }
+  return text.str();
+}
+
+std::string makeRates() {
+  std::ostringstream text;
+  text << "# Label\tRate(1/s)\n";
+  for (const Line& line : kLines) {
+    if (line.height > 0) {
+      text << line.label << '\t' << line.ratePerSecond << '\n';
+    }
+  }
+  return text.str();
+}
+
+/// ppm, ppm and value of every point, with an empty line after each row: a grid as gnuplot reads it.
+std::string makePlaneText(const Plane& plane) {
+  std::ostringstream text;
+  for (int j = 0; j < kAxis2.points; ++j) {
+    for (int i = 0; i < kAxis1.points; ++i) {
+      text << kAxis1.ppm(i) << ' ' << kAxis2.ppm(j) << ' ' << plane[at(i, j)] << '\n';
+    }
+    text << '\n';
+  }
+  return text.str();
+}
+
+void write(const std::filesystem::path& path, const std::string& content) {
+  std::ofstream stream(path, std::ios::binary);
+  stream << content << std::flush;
+  if (!stream) {
+    std::cerr << "make-series: cannot write " << path << '\n';
+    std::exit(1);
+  }
+}
+
+std::string bytes(const Words& words) {
+  return {reinterpret_cast<const char*>(words.data()), words.size() * sizeof(std::uint32_t)};
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  if (argumentCount != 2) {
+    std::cerr << "usage: make-series FOLDER\n";
+    return 1;
+  }
+  const std::filesystem::path folder = arguments[1];
+  std::error_code error;  // a folder that cannot be made shows when the first file is written
+  std::filesystem::create_directories(folder, error);
+
+  // The same noise on every machine and in every run.
+  std::mt19937 generator(1);  // NOLINT(cert-msc32-c,cert-msc51-cpp)
+  for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
+    const Plane plane = makePlane(kDelaysSeconds[k], generator);
+    write(folder / spectrumFile("pipe", k), bytes(makePipeFile(plane)));
+    write(folder / spectrumFile("view", k), bytes(makeViewFile(plane)));
+    if (k == 0) {
+      write(folder / "plane-1.txt", makePlaneText(plane));
+    }
+  }
+  write(folder / "peaks.xpk", makePeakList());
+  write(folder / "pipe.par", makeParameterFile("pipe"));
+  write(folder / "view.par", makeParameterFile("view"));
+  write(folder / "rates.txt", makeRates());
+}
