@@ -9,8 +9,32 @@ namespace peakbox {
 
 namespace {
 
+/// Appends a number of a magnitude from 1 to 999999 in six significant digits. Does nothing and returns false for any
+/// other, and where arithmetic in doubles leaves open how the last digit is rounded.
+bool appendPlainNumber(std::string& text, double value) {
+  double scaled = std::fabs(value);
+  if (!(scaled >= 1.0 && scaled <= 999999.0)) return false;
+  int decimals = 0;
+  for (double step = 1e5; std::fabs(value) < step; step /= 10.0) ++decimals;
+  constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
+  scaled *= kPowersOfTen[decimals];  // below 1e6 and off by less than 1e-10
+
+  const double rounded = std::floor(scaled + 0.5);
+  if (rounded > 999999.0 || std::fabs(scaled - rounded) > 0.499999) return false;
+  char digits[16];
+  const char* end = std::to_chars(digits, digits + sizeof digits, static_cast<int>(rounded)).ptr;
+  for (; decimals > 0 && end[-1] == '0'; --decimals) --end;
+
+  if (value < 0.0) text += '-';
+  const char* point = end - decimals;
+  text.append(static_cast<const char*>(digits), point);
+  if (decimals > 0) text.append(1, '.').append(point, end);
+  return true;
+}
+
 /// Appends `value` as a stream's default format writes it, six significant digits, without the stream's cost.
 void appendNumber(std::string& text, double value) {
+  if (appendPlainNumber(text, value)) return;
   char digits[32];
   const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 6);
   text.append(digits, end.ptr);

@@ -1,6 +1,5 @@
 #include "peaks/LineSplitter.h"
 
-#include <algorithm>
 #include <cstring>
 #include <istream>
 
@@ -10,37 +9,18 @@
 namespace peakbox {
 
 LineSplitter::LineSplitter() {
+  addDelimiter('\0');
   addDelimiter(' ');
   addDelimiter('\t');
   addQuotes('{', '}');
 }
 
-void LineSplitter::addDelimiter(char c) {
-  delimiters += c;
-  special[static_cast<unsigned char>(c)] = true;
-}
+void LineSplitter::addDelimiter(char c) { kinds[static_cast<unsigned char>(c)] = Kind::Separator; }
 
 void LineSplitter::addQuotes(char open, char close) {
+  kinds[static_cast<unsigned char>(open)] = Kind::Opener;
   openers += open;
   closers += close;
-  special[static_cast<unsigned char>(open)] = true;
-}
-
-bool LineSplitter::isDelimiter(char c) const {
-  for (const char delimiter : delimiters) {
-    if (delimiter == c) return true;
-  }
-  return false;
-}
-
-bool LineSplitter::isOpener(char c) {
-  for (std::size_t i = 0; i < openers.size(); ++i) {
-    if (openers[i] == c) {
-      quoteIndex = static_cast<std::int32_t>(i);
-      return true;
-    }
-  }
-  return false;
 }
 
 bool LineSplitter::readLine(std::istream& stream) {
@@ -52,19 +32,26 @@ bool LineSplitter::readLine(std::istream& stream) {
 }
 
 void LineSplitter::splitLine() {
-  char* text = line.data();
   const std::size_t length = line.size();
-  for (std::size_t i = 0; i < length; ++i) {
-    if (!special[static_cast<unsigned char>(text[i])]) continue;
-    if (isDelimiter(text[i])) {
-      text[i] = '\0';
-    } else if (isOpener(text[i])) {
-      i = std::min(line.find(getCloser(), i), length);
+  std::size_t i = 0;
+  while (true) {
+    while (i < length && kindOf(line[i]) == Kind::Separator) line[i++] = '\0';
+    if (i >= length) return;
+    fieldStarts.push_back(i);
+    while (i < length && kindOf(line[i]) != Kind::Separator) {
+      if (kindOf(line[i]) == Kind::Opener) i = passGroup(i);
+      ++i;
     }
   }
-  for (std::size_t i = 0; i < length; i += std::strlen(text + i) + 1) {
-    if (text[i] != '\0') fieldStarts.push_back(i);
+}
+
+std::size_t LineSplitter::passGroup(std::size_t i) {
+  const char closer = closers[openers.find(line[i])];
+  for (; i < line.size() && line[i] != closer; ++i) {
+    // Nothing in a group is overwritten, but a NUL in it ends a field all the same.
+    if (line[i] == '\0' && line[i + 1] != '\0') fieldStarts.push_back(i + 1);
   }
+  return i;
 }
 
 std::int32_t LineSplitter::findField(const std::string& name) const {

@@ -32,18 +32,17 @@ class LineSplitter {
  private:
   void addDelimiter(char c);
   void addQuotes(char open, char close);
-  bool isDelimiter(char c) const;
-  bool isOpener(char c);
-  char getCloser() const { return closers[static_cast<std::size_t>(quoteIndex)]; }
   void splitLine();
+  std::size_t passGroup(std::size_t i);
   void checkIndex(std::int32_t i) const;
 
-  std::int32_t quoteIndex = 0;
-  std::string delimiters;
+  enum class Kind : unsigned char { Ordinary, Separator, Opener };
+  Kind kindOf(char c) const { return kinds[static_cast<unsigned char>(c)]; }
+
+  /// Every character of a list is looked up here.
+  std::array<Kind, 256> kinds{};
   std::string openers;
   std::string closers;
-  /// For each character whether it is a delimiter or an opener: nearly all of a line is passed over at one look each.
-  std::array<bool, 256> special{};
   std::string line;
   std::vector<std::size_t> fieldStarts;
 };

@@ -41,22 +41,39 @@ bool DataPlane::resize(std::ptrdiff_t newSize1, std::ptrdiff_t newSize2) {
   return true;
 }
 
+namespace {
+
+/// line[x * lineStride + y] = rows[y * rowStride + x] for every x below `width` and y below `height`.
+template <bool byteSwapped>
+inline void turnBlock(const std::uint32_t* rows, std::ptrdiff_t rowStride, std::ptrdiff_t width, std::ptrdiff_t height,
+                      double* line, std::ptrdiff_t lineStride) {
+  for (std::ptrdiff_t x = 0; x < width; ++x, line += lineStride) {
+    // The plane's lines are asked for two blocks ahead: otherwise most of the time is spent waiting for them.
+    __builtin_prefetch(line + 2 * height, 1);
+    for (std::ptrdiff_t y = 0; y < height; ++y) line[y] = wordToReal<byteSwapped>(rows[y * rowStride + x]);
+  }
+}
+
+}  // namespace
+
 template <bool byteSwapped>
 void DataPlane::turnRows(const FileRows& rows, std::ptrdiff_t i0, std::ptrdiff_t j0) {
   // Turned over in blocks of one cache line by one: the lines of the file's rows that are in hand at a time fit the
   // first-level cache even when all of them fall into one of its sets, as sizes that are powers of two make them do.
-  // The plane's lines are asked for two blocks ahead, since waiting for them is most of the time otherwise.
   constexpr std::ptrdiff_t kWordsPerLine = 16;
   constexpr std::ptrdiff_t kDoublesPerLine = 8;
 
   for (std::ptrdiff_t i = 0; i < rows.width; i += kWordsPerLine) {
-    const std::ptrdiff_t endI = std::min(i + kWordsPerLine, rows.width);
+    const std::ptrdiff_t width = std::min(kWordsPerLine, rows.width - i);
     for (std::ptrdiff_t j = 0; j < rows.height; j += kDoublesPerLine) {
-      const std::ptrdiff_t endJ = std::min(j + kDoublesPerLine, rows.height);
-      for (std::ptrdiff_t x = i; x < endI; ++x) {
-        double* line = (*this)[i0 + x] + j0;
-        __builtin_prefetch(line + j + 2 * kDoublesPerLine, 1);
-        for (std::ptrdiff_t y = j; y < endJ; ++y) line[y] = wordToReal<byteSwapped>(rows.words[y * rows.stride + x]);
+      const std::ptrdiff_t height = std::min(kDoublesPerLine, rows.height - j);
+      const std::uint32_t* words = rows.words + j * rows.stride + i;
+      double* line = (*this)[i0 + i] + j0 + j;
+      // Nearly all blocks are whole, and with bounds that it knows the compiler turns them much faster.
+      if (width == kWordsPerLine && height == kDoublesPerLine) {
+        turnBlock<byteSwapped>(words, rows.stride, kWordsPerLine, kDoublesPerLine, line, size2);
+      } else {
+        turnBlock<byteSwapped>(words, rows.stride, width, height, line, size2);
       }
     }
   }

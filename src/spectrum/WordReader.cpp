@@ -16,20 +16,19 @@ const std::uint32_t* WordReader::take(std::size_t count) {
   if (end - next < count) refill();
   if (end - next < count) {
     shortOfWords = true;
-    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.end(), 0);
+    std::fill(buffer.get() + end, buffer.get() + kCapacity, 0);
     end = next + count;
   }
-  const std::uint32_t* words = buffer.data() + next;
+  const std::uint32_t* words = buffer.get() + next;
   next += count;
   return words;
 }
 
 void WordReader::refill() {
-  std::memmove(buffer.data(), buffer.data() + next, (end - next) * kWordSize);
+  std::memmove(buffer.get(), buffer.get() + next, (end - next) * kWordSize);
   end -= next;
   next = 0;
-  stream.read(reinterpret_cast<char*>(buffer.data() + end),
-              static_cast<std::streamsize>((kCapacity - end) * kWordSize));
+  stream.read(reinterpret_cast<char*>(buffer.get() + end), static_cast<std::streamsize>((kCapacity - end) * kWordSize));
   const auto found = static_cast<std::size_t>(stream.gcount());
   bytesFound += found;
   end += found / kWordSize;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <istream>
-#include <vector>
+#include <memory>
 
 namespace peakbox {
 
@@ -15,7 +15,8 @@ class WordReader {
   static constexpr std::size_t kCapacity = std::size_t{1} << 18;
 
   /// Reads from the stream's position on.
-  explicit WordReader(std::istream& source) : stream(source), buffer(kCapacity) {}
+  explicit WordReader(std::istream& source)
+      : stream(source), buffer(std::make_unique_for_overwrite<std::uint32_t[]>(kCapacity)) {}
 
   /// The next `count` words, at most `kCapacity`; they stay valid until the next call.
   const std::uint32_t* take(std::size_t count);
@@ -30,7 +31,7 @@ class WordReader {
   void refill();
 
   std::istream& stream;
-  std::vector<std::uint32_t> buffer;
+  std::unique_ptr<std::uint32_t[]> buffer;
   std::size_t next = 0;
   std::size_t end = 0;
   std::uint64_t bytesFound = 0;
