@@ -12,12 +12,12 @@ namespace {
 /// Appends a number of a magnitude from 1 to 999999 in six significant digits. Does nothing and returns false for any
 /// other, and where arithmetic in doubles leaves open how the last digit is rounded.
 bool appendPlainNumber(std::string& text, double value) {
-  double scaled = std::fabs(value);
-  if (!(scaled >= 1.0 && scaled <= 999999.0)) return false;
-  int decimals = 0;
-  for (double step = 1e5; std::fabs(value) < step; step /= 10.0) ++decimals;
   constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
-  scaled *= kPowersOfTen[decimals];  // below 1e6 and off by less than 1e-10
+  const double magnitude = std::fabs(value);
+  if (!(magnitude >= 1.0 && magnitude <= 999999.0)) return false;
+  int decimals = 0;
+  while (magnitude * kPowersOfTen[decimals] < 1e5) ++decimals;
+  const double scaled = magnitude * kPowersOfTen[decimals];  // below 1e6 and off by less than 1e-10
 
   const double rounded = std::floor(scaled + 0.5);
   if (rounded > 999999.0 || std::fabs(scaled - rounded) > 0.499999) return false;

@@ -39,7 +39,7 @@ std::int32_t FileHeader::getTruncated(std::size_t offset, bool byteSwapped) cons
 }
 
 std::string FileHeader::getText(std::size_t offset, std::size_t length) const {
-  return std::string(bytes.data() + offset, length);
+  return {bytes.data() + offset, length};
 }
 
 }  // namespace peakbox
