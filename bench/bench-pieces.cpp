@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -92,6 +91,7 @@ struct Measured {
     spectrum.loadData(spectrumPath.c_str(), false);
     peaks.read(writePeakList().c_str(), spectrum, false);
     boxes.placeBoxes(spectrum, peaks);
+    for (int j = 0; j < kPeaks; ++j) boxes.integratePeak(j, spectrum, 5, 7);
   }
 
   RunSettings settings;

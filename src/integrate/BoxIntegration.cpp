@@ -29,8 +29,8 @@ struct Edges {
 
 Edges findWholePoints(const BoxExtent& extent, int j, int dim) {
   if (std::isnan(extent.low) || std::isnan(extent.high)) {
-    fail("ERROR: Search area of peak #" + std::to_string(j) + " is not a number in dimension " + std::to_string(dim) +
-         ".\n");
+    fail("ERROR: Search area of peak #" + std::to_string(j) + " is not a number in dimension " +
+         std::to_string(dim + 1) + ".\n");
   }
   return {std::ceil(extent.low), std::floor(extent.high)};
 }
@@ -40,7 +40,7 @@ Edges findWholePoints(const BoxExtent& extent, int j, int dim) {
 Range findSearchRange(Edges edges, int j, int dim, std::int64_t size) {
   if (edges.first > edges.last) {
     warn("WARNING: No data points are contained within the box for peak #" + std::to_string(j) +
-         "\nThe box was modified to contain the nearest two data points in the dimension " + std::to_string(dim) +
+         "\nThe box was modified to contain the nearest two data points in the dimension " + std::to_string(dim + 1) +
          ".\n");
     std::swap(edges.first, edges.last);
   }
@@ -50,21 +50,22 @@ Range findSearchRange(Edges edges, int j, int dim, std::int64_t size) {
   return {toPlane(edges.first), toPlane(edges.last)};
 }
 
-/// The point of greatest magnitude; among equals the first, and the positive one before the negative one.
+/// The point of greatest magnitude; among equals the first, and the positive one before the negative one. A NaN is
+/// never greater or smaller, so it is found only where it is the first point.
 Point findExtreme(const DataPlane& data, const Range& range1, const Range& range2) {
   Point highest{range1.first, range2.first};
   Point lowest = highest;
   double maximum = data[highest.a][highest.b];
   double minimum = maximum;
   for (std::int64_t a = range1.first; a <= range1.last; ++a) {
-    const double* row = data[a];
+    const double* line = data[a];
     for (std::int64_t b = range2.first; b <= range2.last; ++b) {
-      if (row[b] > maximum) {
-        maximum = row[b];
+      if (line[b] > maximum) {
+        maximum = line[b];
         highest = {a, b};
       }
-      if (row[b] < minimum) {
-        minimum = row[b];
+      if (line[b] < minimum) {
+        minimum = line[b];
         lowest = {a, b};
       }
     }
@@ -76,13 +77,13 @@ Point findExtreme(const DataPlane& data, const Range& range1, const Range& range
 double sumBox(const DataPlane& data, const Range& range1, const Range& range2) {
   double sum = 0.0;
   for (std::int64_t a = range1.first; a <= range1.last; ++a) {
-    const double* row = data[a];
-    for (std::int64_t b = range2.first; b <= range2.last; ++b) sum += row[b];
+    const double* line = data[a];
+    for (std::int64_t b = range2.first; b <= range2.last; ++b) sum += line[b];
   }
   return sum;
 }
 
-/// Whole points of [low, high] that lie in a dimension of `size` points, for any edges at all.
+/// Roughly the points from low to high, moved into a dimension of `size` points; any edges will do, NaN included.
 Range findPointsInPlane(double low, double high, std::int64_t size) {
   const auto last = static_cast<double>(size - 1);
   return {static_cast<std::int64_t>(std::fmax(0.0, std::fmin(low, last))),
@@ -95,11 +96,11 @@ void BoxTable::prefetchBox(int j, const Spectrum& spectrum, std::int32_t halfWid
   constexpr std::int64_t kDoublesPerLine = 8;
   const BoxExtent& extent1 = getExtent1(j);
   const BoxExtent& extent2 = getExtent2(j);
-  const Range rows = findPointsInPlane(extent1.low - halfWidth1, extent1.high + halfWidth1, spectrum.getSize(0));
-  const Range columns = findPointsInPlane(extent2.low - halfWidth2, extent2.high + halfWidth2, spectrum.getSize(1));
-  for (std::int64_t a = rows.first; a <= rows.last; ++a) {
-    const double* row = spectrum.getData()[a];
-    for (std::int64_t b = columns.first; b <= columns.last; b += kDoublesPerLine) __builtin_prefetch(row + b);
+  const Range range1 = findPointsInPlane(extent1.low - halfWidth1, extent1.high + halfWidth1, spectrum.getSize(0));
+  const Range range2 = findPointsInPlane(extent2.low - halfWidth2, extent2.high + halfWidth2, spectrum.getSize(1));
+  for (std::int64_t a = range1.first; a <= range1.last; ++a) {
+    const double* line = spectrum.getData()[a];
+    for (std::int64_t b = range2.first; b <= range2.last; b += kDoublesPerLine) __builtin_prefetch(line + b);
   }
 }
 
@@ -109,10 +110,10 @@ void BoxTable::integratePeak(int j, const Spectrum& spectrum, std::int32_t halfW
   const std::int64_t size1 = spectrum.getSize(0);
   const std::int64_t size2 = spectrum.getSize(1);
 
-  const Edges edges1 = findWholePoints(extents1[entry], j, 1);
-  const Edges edges2 = findWholePoints(extents2[entry], j, 2);
-  const Range search1 = findSearchRange(edges1, j, 1, size1);
-  const Range search2 = findSearchRange(edges2, j, 2, size2);
+  const Edges edges1 = findWholePoints(extents1[entry], j, 0);
+  const Edges edges2 = findWholePoints(extents2[entry], j, 1);
+  const Range search1 = findSearchRange(edges1, j, 0, size1);
+  const Range search2 = findSearchRange(edges2, j, 1, size2);
   const Point peak = findExtreme(data, search1, search2);
 
   const Range box1{peak.a - halfWidth1, peak.a + halfWidth1};

@@ -22,11 +22,14 @@ struct BoxExtent {
 /// Entry j belongs to peak j of the peak list, from 0, which is also the number that messages give.
 class BoxTable {
  public:
-  /// Tolerances in Hz, direct dimension first.
+  /// Made for a list of `peakCount` peaks; all operations are to be called with that list. Tolerances in Hz, direct
+  /// dimension first.
   BoxTable(unsigned peakCount, double tolerance1, double tolerance2);
 
-  /// Builds every search area from the peak list and folds those outside the spectral window [0, size] back into it, by
-  /// whole sizes, with a warning for each. A place that is no number or absurdly far off ends the run with status 1.
+  /// Builds every search area from the peak list and folds it, by whole sizes, in each dimension: up until its lower
+  /// edge is not below 0, then down until its upper edge is not above the size. An area that ends elsewhere than it
+  /// began gives a warning; one across point 0 comes back to where it was. A place that is no number, or farther off
+  /// than 2^31 sizes, ends the run with status 1.
   void placeBoxes(const Spectrum& spectrum, const PeakList& peaks);
 
   /// Measures peak j: moves its centre to the point of greatest magnitude in its search area and sums the
@@ -38,7 +41,7 @@ class BoxTable {
   void recentreBoxes(int count);
 
   /// Measures all spectra of the run and writes a table for each, flushed when complete. A report that cannot be
-  /// created is not an error.
+  /// created or written is not an error.
   void writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks);
 
   /// The table of spectrum `index`, from 0, from what this table and `spectrum`'s axes hold.

@@ -47,19 +47,19 @@ std::int64_t shiftWhile(const IsOutside& isOutside, BoxExtent& extent, double sh
   return count;
 }
 
-/// Folds peak j's extent in dimension `dim` (1 or 2) into [0, size]. Returns the signed number of folds, negative for
+/// Folds peak j's extent in dimension `dim` (0 or 1) into [0, size]. Returns the signed number of folds, negative for
 /// an extent that was moved up.
 std::int64_t foldExtent(BoxExtent& extent, int j, int dim, double size) {
   const double limit = 2147483648.0 * size;
   if (!(std::fabs(extent.low) < limit) || !(std::fabs(extent.high) < limit)) {
-    fail("ERROR: Peak " + std::to_string(j) + " has no valid position in dimension " + std::to_string(dim) + ".\n");
+    fail("ERROR: Peak " + std::to_string(j) + " has no valid position in dimension " + std::to_string(dim + 1) + ".\n");
   }
   const std::int64_t up = shiftWhile([](const BoxExtent& e) { return e.low < 0.0; }, extent, size);
   const std::int64_t down = shiftWhile([=](const BoxExtent& e) { return e.high > size; }, extent, -size);
   const std::int64_t folds = down - up;
   if (folds != 0) {
     warn("WARNING: Peak " + std::to_string(j) + " folded " + std::to_string(std::abs(folds)) + " times in the " +
-         (dim == 1 ? "direct" : "indirect") + " dimension.\n");
+         (dim == 0 ? "direct" : "indirect") + " dimension.\n");
   }
   return folds;
 }
@@ -84,12 +84,12 @@ void BoxTable::placeBoxes(const Spectrum& spectrum, const PeakList& peaks) {
 
 void BoxTable::foldDirect(int j, int size) {
   const auto entry = static_cast<std::size_t>(j);
-  foldCount1[entry] = static_cast<std::int32_t>(foldExtent(extents1[entry], j, 1, size));
+  foldCount1[entry] = static_cast<std::int32_t>(foldExtent(extents1[entry], j, 0, size));
 }
 
 void BoxTable::foldIndirect(int j, int size) {
   const auto entry = static_cast<std::size_t>(j);
-  foldCount2[entry] = static_cast<std::int32_t>(foldExtent(extents2[entry], j, 2, size));
+  foldCount2[entry] = static_cast<std::int32_t>(foldExtent(extents2[entry], j, 1, size));
 }
 
 }  // namespace peakbox

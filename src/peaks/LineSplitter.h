@@ -8,8 +8,9 @@
 
 namespace peakbox {
 
-/// Reads a text file line by line and cuts each line, in place, into fields separated by runs of blanks and tabs. Text
-/// between "{" and "}" is not cut; the braces stay in the field. Fields are counted from 0.
+/// Reads a text file line by line and cuts each line, in place, into fields separated by runs of blanks and tabs.
+/// Blanks and tabs between "{" and "}" do not separate; the braces stay in the field. A NUL separates anywhere. Fields
+/// are counted from 0.
 class LineSplitter {
  public:
   LineSplitter();
@@ -25,7 +26,8 @@ class LineSplitter {
   /// here and in the conversions.
   const char* getField(std::int32_t i) const;
 
-  /// The number at the start of the field, 0 when there is none. Integers may be hexadecimal or octal.
+  /// The number at the start of the field, 0 when there is none. Integers may be hexadecimal or octal; reals are
+  /// rounded to single precision.
   std::int32_t getFieldAsInt(std::int32_t i) const;
   float getFieldAsFloat(std::int32_t i) const;
 
@@ -39,7 +41,7 @@ class LineSplitter {
   enum class Kind : unsigned char { Ordinary, Separator, Opener };
   Kind kindOf(char c) const { return kinds[static_cast<unsigned char>(c)]; }
 
-  /// Every character of a list is looked up here.
+  /// Every character of a list is looked up, and a table answers fastest.
   std::array<Kind, 256> kinds{};
   std::string openers;
   std::string closers;

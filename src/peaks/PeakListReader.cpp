@@ -2,6 +2,7 @@
 #include <fstream>
 #include <iostream>
 #include <limits>
+#include <utility>
 
 #include "driver/Messages.h"
 #include "peaks/LineSplitter.h"

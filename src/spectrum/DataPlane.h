@@ -30,15 +30,15 @@ class DataPlane {
   std::ptrdiff_t getSize1() const { return size1; }
   std::ptrdiff_t getSize2() const { return size2; }
 
-  double* operator[](std::ptrdiff_t i) { return values + rowStart(i); }
-  const double* operator[](std::ptrdiff_t i) const { return values + rowStart(i); }
+  double* operator[](std::ptrdiff_t i) { return values + lineStart(i); }
+  const double* operator[](std::ptrdiff_t i) const { return values + lineStart(i); }
 
   /// Places file rows, each of which runs along dimension 1, from point (i0, j0) on:
   /// plane[i0 + i][j0 + j] = words[j * stride + i], as a float whose bytes are reversed first with `byteSwapped`.
   void placeRows(const FileRows& rows, bool byteSwapped, std::ptrdiff_t i0, std::ptrdiff_t j0);
 
  private:
-  std::ptrdiff_t rowStart(std::ptrdiff_t i) const {
+  std::ptrdiff_t lineStart(std::ptrdiff_t i) const {
     assert(i >= 0 && i < size1);
     return i * size2;
   }

@@ -23,7 +23,8 @@ constexpr std::size_t kRowCount = wordOffset(219);
 constexpr std::size_t kSweepWidthHz2 = wordOffset(229);
 constexpr std::size_t kOriginHz2 = wordOffset(249);
 
-/// Whether size and frequency of dimension 1 make sense in the given byte order. A NaN frequency counts as sensible.
+/// Whether size and frequency of dimension 1 make sense in the given byte order. A frequency that is NaN is neither too
+/// low nor too high, and so counts as sensible.
 bool isPlausible(const FileHeader& header, bool byteSwapped) {
   const std::int32_t size = header.getTruncated(kSize1, byteSwapped);
   const float frequency = std::fabs(header.getReal(kObserveMHz1, byteSwapped));
@@ -41,9 +42,11 @@ void Spectrum::readPipeHeader(std::istream& stream) {
   checkSizes();
 }
 
+// The format does not record its byte order. A header that makes no sense as it stands is taken for a swapped one, and
+// what is wrong with it if it is not shows in the checks that follow.
 void Spectrum::detectPipeByteOrder(const FileHeader& header) {
   if (!isPlausible(header, false)) {
-    setByteSwapped();
+    noteByteSwap();
   } else if (!isPlausible(header, true)) {
     byteSwapped = false;
   } else {

@@ -8,7 +8,6 @@ namespace peakbox {
 
 namespace {
 
-constexpr std::uint32_t kReversedMagic = 0xcdab1834;
 constexpr std::int32_t kPpmUnit = 3;
 constexpr std::size_t kLabelLength = 16;
 
@@ -33,7 +32,7 @@ void Spectrum::readViewHeader(std::istream& stream) {
   formatCode = SpectrumFormat::NMRView;
   const FileHeader header(stream);
   byteSwapped = false;
-  if (header.getWord(kMagic, false) == kReversedMagic) setByteSwapped();
+  if (header.getWord(kMagic, true) == kViewMagic) noteByteSwap();
   if (header.getInteger(kDimensionCount, byteSwapped) != 2) fail("ERROR: Spectrum is not two dimentional.\n");
   for (const std::size_t axis : kAxisBlocks) {
     if (header.getInteger(axis + kUnit, byteSwapped) != kPpmUnit) fail("ERROR: Unknown unit.\n");

@@ -6,7 +6,7 @@
 
 namespace peakbox {
 
-void Spectrum::setByteSwapped() {
+void Spectrum::noteByteSwap() {
   byteSwapped = true;
   warn("Correcting data for apparent byte-swap.\n");
 }

@@ -29,7 +29,8 @@ class Spectrum {
   /// Reads one spectrum of the run, header and data, by the format of the first. Its sizes must be the first one's.
   void loadData(const char* path, bool verbose);
 
-  /// Read the header at the stream's position, leaving the stream at the data section.
+  /// Read the header at the stream's position, leaving the stream at the data section. A file in the other byte order
+  /// gives a notice on standard error.
   void readPipeHeader(std::istream& stream);
   void readViewHeader(std::istream& stream);
 
@@ -64,10 +65,13 @@ class Spectrum {
     std::int64_t j0, height;
   };
 
+  /// The first word of an NMRView file in the machine's byte order.
+  static constexpr std::uint32_t kViewMagic = 0x3418abcd;
+
   void detectPipeByteOrder(const FileHeader& header);
   void parsePipeHeader(const FileHeader& header);
   void parseViewHeader(const FileHeader& header);
-  void setByteSwapped();
+  void noteByteSwap();
   void checkSizes() const;
   void checkSameSizes(const std::string& path) const;
 

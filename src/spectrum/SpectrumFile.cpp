@@ -11,8 +11,6 @@
 namespace peakbox {
 
 void Spectrum::readHeader(const char* path, bool verbose) {
-  constexpr std::uint32_t kViewMagic = 0x3418abcd;
-
   std::ifstream stream(path, std::ios::binary);
   if (!stream.is_open()) fail("ERROR: Unable to open '" + std::string(path) + "'\n");
   char firstBytes[4];

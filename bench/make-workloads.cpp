@@ -1,5 +1,5 @@
-// make-works FOLDER: writes the inputs of the benchmark's five works, each in a folder of its own with the parameter
-// file run.par.
+// make-workloads FOLDER: writes the inputs of the benchmark's five workloads, each in a folder of its own with the
+// parameter file run.par.
 
 #include <cstdint>
 #include <cstdlib>
@@ -81,7 +81,7 @@ void makeWork(const std::filesystem::path& root, const Work& work) {
 
 int main(int argc, char** argv) {
   if (argc != 2) {
-    std::cerr << "usage: make-works FOLDER\n";
+    std::cerr << "usage: make-workloads FOLDER\n";
     return 1;
   }
   for (const Work& work :
