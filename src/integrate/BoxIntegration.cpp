@@ -53,24 +53,25 @@ Range findSearchRange(Edges edges, int j, int dim, std::int64_t size) {
 /// The point of greatest magnitude; among equals the first, and the positive one before the negative one. A NaN is
 /// never greater or smaller, so it is found only where it is the first point.
 Point findExtreme(const DataPlane& data, const Range& range1, const Range& range2) {
-  Point highest{range1.first, range2.first};
-  Point lowest = highest;
-  double maximum = data[highest.a][highest.b];
+  // Values first and the point afterwards: a point kept up to date on the way would cost a branch that no processor
+  // foresees at every new extreme.
+  double maximum = data[range1.first][range2.first];
   double minimum = maximum;
   for (std::int64_t a = range1.first; a <= range1.last; ++a) {
     const double* line = data[a];
     for (std::int64_t b = range2.first; b <= range2.last; ++b) {
-      if (line[b] > maximum) {
-        maximum = line[b];
-        highest = {a, b};
-      }
-      if (line[b] < minimum) {
-        minimum = line[b];
-        lowest = {a, b};
-      }
+      maximum = line[b] > maximum ? line[b] : maximum;
+      minimum = line[b] < minimum ? line[b] : minimum;
     }
   }
-  return maximum + minimum >= 0.0 ? highest : lowest;
+  const double extreme = maximum + minimum >= 0.0 ? maximum : minimum;
+  for (std::int64_t a = range1.first; a <= range1.last; ++a) {
+    const double* line = data[a];
+    for (std::int64_t b = range2.first; b <= range2.last; ++b) {
+      if (line[b] == extreme) return {a, b};
+    }
+  }
+  return {range1.first, range2.first};
 }
 
 /// One value after the other, so that the rounding of the sum never depends on the compiler or the machine.

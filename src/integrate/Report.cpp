@@ -32,8 +32,8 @@ bool appendPlainNumber(std::string& text, double value) {
   return true;
 }
 
-/// Appends `value` as a stream's default format writes it, in six significant digits. Nearly all numbers of a report are
-/// plain ones, which take a fourth of the time that to_chars takes.
+/// Appends `value` as a stream's default format writes it, in six significant digits. Nearly all numbers of a report
+/// are plain ones, which take a fourth of the time that to_chars takes.
 void appendNumber(std::string& text, double value) {
   if (appendPlainNumber(text, value)) return;
   char digits[32];
