@@ -34,8 +34,15 @@ void writeExample(const ScratchFolder& folder) {
   folder.write("a.ft2", writePipe(examplePlane()));
 }
 
-std::string exampleTable(const std::string& head) {
-  return "# SPECTRUM " + head + "# Num\tLabel\tPos1\tPos2\tInt\n  1\tA1\t10\t5\t58\n  2\tnoise2\t5\t8\t-62\n\n";
+std::string exampleTable(const std::string& head, const std::string& lines) {
+  return "# SPECTRUM " + head + "# Num\tLabel\tPos1\tPos2\tInt\n" + lines + "\n";
+}
+
+std::string runExample(const std::map<std::string, std::string>& files, const std::string& command) {
+  const ScratchFolder folder;
+  writeExample(folder);
+  for (const auto& [name, bytes] : files) folder.write(name, bytes);
+  return folder.run("timeout 10 " + command);
 }
 
 }  // namespace peakbox::test

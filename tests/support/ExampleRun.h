@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "support/Process.h"
@@ -20,13 +21,19 @@ std::string examplePeakLine(const std::string& number, const std::string& label,
                             const std::string& width1, const std::string& ppm2, const std::string& width2,
                             const std::string& field17 = "0");
 
-/// run.par, with a box of 3 x 3 points.
+/// run.par, with a box of 3 x 3 points and a tolerance of one point.
 std::string exampleParameters(const std::string& spectra = "SPECTRUM a.ft2\n");
 
 /// Writes the three files run.par, peaks.xpk and a.ft2 (NMRPipe).
 void writeExample(const ScratchFolder& folder);
 
-/// The report's table of that run; `head` is what follows "# SPECTRUM ".
-std::string exampleTable(const std::string& head = "1: a.ft2\n");
+/// Runs `command` where these files are, and `files` beside them or in their place.
+std::string runExample(const std::map<std::string, std::string>& files,
+                       const std::string& command = "peakbox -i run.par -o report");
+
+/// The beginning of the example's report and its table, or one of other `lines`; `head` follows "# SPECTRUM ".
+inline const std::string kExampleField = "# FIELD(MHz): 600.13\n#\n";
+std::string exampleTable(const std::string& head = "1: a.ft2\n",
+                         const std::string& lines = "  1\tA1\t10\t5\t58\n  2\tnoise2\t5\t8\t-62\n");
 
 }  // namespace peakbox::test

@@ -3,38 +3,38 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 
 namespace peakbox::test {
 
-ScratchFolder::ScratchFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "peakbox-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a folder " + name);
-  folder = name;
+std::string outcome(int status, const std::string& err, const std::string& report, const std::string& out) {
+  return "status " + std::to_string(status) + "\nerr:\n" + err + "report:\n" + report + "out:\n" + out;
+}
+
+ScratchFolder::ScratchFolder() : folder(std::filesystem::temp_directory_path() / "peakbox-test-XXXXXX") {
+  if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("cannot make a folder " + folder);
 }
 
 ScratchFolder::~ScratchFolder() { std::filesystem::remove_all(folder); }
 
-void ScratchFolder::write(const std::string& name, const std::string& bytes) const {
-  std::ofstream(folder / name, std::ios::binary) << bytes;
+std::string ScratchFolder::write(const std::string& name, const std::string& bytes) const {
+  const std::string path = folder + "/" + name;
+  std::ofstream(path, std::ios::binary) << bytes;
+  return path;
 }
 
-std::string ScratchFolder::read(const std::string& name) const {
-  std::ifstream stream(folder / name, std::ios::binary);
-  if (!stream.is_open()) return "(no file)";
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-Outcome ScratchFolder::run(const std::string& command) const {
-  const ScratchFolder streams;
-  const std::string target = streams.path().string();
-  const std::string shellCommand = "cd '" + folder.string() + "' && PATH=" PEAKBOX_PROGRAMS ":$PATH && ( " + command +
-                                   " ) >" + target + "/out 2>" + target + "/err";
-  const int result = std::system(shellCommand.c_str());
+std::string ScratchFolder::run(const std::string& command) const {
+  const std::string place = "cd '" + folder + "' && PATH=" PEAKBOX_PROGRAMS ":$PATH && ";
+  const int result = std::system((place + "( " + command + " ) >out 2>err").c_str());
+  const auto read = [this](const std::string& name) {
+    std::ifstream stream(folder + "/" + name, std::ios::binary);
+    return stream.is_open() ? std::string(std::istreambuf_iterator<char>(stream), {}) : "(no file)";
+  };
   const int status = WIFEXITED(result) ? WEXITSTATUS(result) : 128 + WTERMSIG(result);
-  return {status, streams.read("out"), streams.read("err")};
+  return outcome(status, read("err"), read("report"), read("out"));
 }
 
 }  // namespace peakbox::test

@@ -1,16 +1,13 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 namespace peakbox::test {
 
-/// What a process left behind: its exit status (128 + n when signal n ended it) and its two streams, byte for byte.
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
+/// What a command leaves behind, in one text: its exit status (128 + n when signal n ended it), what it wrote to
+/// standard error, the file "report" of its folder, and what it wrote to standard output.
+std::string outcome(int status, const std::string& err, const std::string& report = "(no file)",
+                    const std::string& out = "");
 
 /// An empty folder that lives as long as the object.
 class ScratchFolder {
@@ -20,19 +17,15 @@ class ScratchFolder {
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
 
-  const std::filesystem::path& path() const { return folder; }
+  /// Writes `bytes` to the file `name` of the folder, replacing it, and returns its path.
+  std::string write(const std::string& name, const std::string& bytes) const;
 
-  /// Writes `bytes` to the file `name` of the folder, replacing it.
-  void write(const std::string& name, const std::string& bytes) const;
-
-  /// The bytes of the file `name`, "(no file)" where there is none.
-  std::string read(const std::string& name) const;
-
-  /// Runs `command` by the shell in this folder, with `peakbox` and `peakbox-table` of this build first in PATH.
-  Outcome run(const std::string& command) const;
+  /// Runs `command` by the shell in this folder, with `peakbox` and `peakbox-table` of this build first in PATH and its
+  /// streams in the files "out" and "err"; returns its `outcome`.
+  std::string run(const std::string& command) const;
 
  private:
-  std::filesystem::path folder;
+  std::string folder;
 };
 
 }  // namespace peakbox::test

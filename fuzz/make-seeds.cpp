@@ -1,0 +1,80 @@
+// Writes the inputs that the fuzz programs begin with: make-seeds FOLDER
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <utility>
+
+#include "support/ExampleRun.h"
+
+namespace {
+
+using namespace peakbox::test;
+
+class SeedFolder {
+ public:
+  explicit SeedFolder(std::filesystem::path path) : folder(std::move(path)) {
+    std::filesystem::create_directories(folder);
+  }
+
+  void add(const std::string& name, const std::string& bytes) const {
+    std::ofstream stream(folder / name, std::ios::binary);
+    stream << bytes << std::flush;
+    if (!stream) {
+      std::cerr << "make-seeds: cannot write " << folder / name << "\n";
+      std::exit(1);
+    }
+  }
+
+ private:
+  std::filesystem::path folder;
+};
+
+void makeParameterFiles(const SeedFolder& seeds) {
+  seeds.add("plain", exampleParameters());
+  seeds.add("series", exampleParameters("SPECTRUM a 1 x\nSPECTRUM b \" \"\nspectrum c 2 \"\n"));
+  seeds.add("limits", exampleParameters("BOXSIZE 0x7fffffff 0\nTOLERANCE nan -1e30\nSPECTRUM a"));
+}
+
+void makePeakLists(const SeedFolder& seeds) {
+  const auto list = [](const std::string& lines) { return examplePeakHeader() + lines; };
+  seeds.add("plain", examplePeaks());
+  seeds.add("folded", list(examplePeakLine("0x1", "{?}", "26.1", "2", "-107.3", "0.1")));
+  seeds.add("deleted", list(examplePeakLine("1", "{A1}", "10", "2", "5", "2", "-1") + "1 {A1 10\n"));
+  seeds.add("limits", list(examplePeakLine("-2147483648", "{a b}", "1e9", "-1e30", "nan", "inf")));
+}
+
+template <typename Write>
+void makeSpectra(const SeedFolder& seeds, const Write& write) {
+  for (const bool swapped : {false, true}) {
+    const std::string order = swapped ? "-swapped" : "";
+    Plane plane = examplePlane();
+    plane.swapped = swapped;
+    seeds.add("plain" + order, write(plane));
+    plane.direct.tile = plane.direct.size;
+    plane.direct.quadFlag = 0;
+    seeds.add("one-complex" + order, write(plane));
+    plane.indirect.tile = plane.indirect.size;
+    plane.indirect.quadFlag = 0;
+    seeds.add("both-complex" + order, write(plane));
+    plane.direct.size = plane.direct.tile = 150;
+    plane.indirect.size = plane.indirect.tile = 2;
+    seeds.add("wide" + order, write(plane));
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "usage: make-seeds FOLDER\n";
+    return 1;
+  }
+  const std::filesystem::path folder = argv[1];
+  makeParameterFiles(SeedFolder(folder / "parameters"));
+  makePeakLists(SeedFolder(folder / "peaks"));
+  makeSpectra(SeedFolder(folder / "pipe"), writePipe);
+  makeSpectra(SeedFolder(folder / "view"), writeView);
+  return 0;
+}
