@@ -84,14 +84,14 @@ BENCHMARK_CAPTURE(load, NMRView_other_byte_order, true, true);
 struct Measured {
   Measured() {
     const std::string spectrumPath = writeSpectrum(false, false);
-    const std::string settingsPath = folder().write("run.par", "BOXSIZE 5 7\nSPECTRUM spectrum\n");
+    const std::string settingsPath = folder().write("run.par", "BOXSIZE 2\nSPECTRUM spectrum\n");
     const char* const arguments[] = {"peakbox", "-i", settingsPath.c_str()};
     settings.parseArguments(3, arguments);
     spectrum.readHeader(spectrumPath.c_str(), false);
     spectrum.loadData(spectrumPath.c_str(), false);
     peaks.read(writePeakList().c_str(), spectrum, false);
     boxes.placeBoxes(spectrum, peaks);
-    for (int j = 0; j < kPeaks; ++j) boxes.integratePeak(j, spectrum, 5, 7);
+    for (int j = 0; j < kPeaks; ++j) boxes.integratePeak(j, spectrum, 2, 2);
   }
 
   RunSettings settings;
@@ -103,11 +103,11 @@ struct Measured {
 void integrate(benchmark::State& state) {
   Measured run;
   for (auto _ : state) {
-    for (int j = 0; j < kPeaks; ++j) run.boxes.integratePeak(j, run.spectrum, 5, 7);
+    for (int j = 0; j < kPeaks; ++j) run.boxes.integratePeak(j, run.spectrum, 2, 2);
   }
   state.SetItemsProcessed(state.iterations() * kPeaks);
 }
-BENCHMARK(integrate)->Name("integrate 11 x 15 boxes (items are peaks)");
+BENCHMARK(integrate)->Name("integrate 5 x 5 boxes (items are peaks)");
 
 void readPeaks(benchmark::State& state) {
   const Measured run;

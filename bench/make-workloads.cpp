@@ -24,8 +24,8 @@ struct Work {
   bool isView;
 };
 
-constexpr int kHalfWidth1 = 5;
-constexpr int kHalfWidth2 = 7;
+constexpr int kHalfWidth1 = 2;
+constexpr int kHalfWidth2 = 2;
 
 void write(const std::filesystem::path& path, const std::string& bytes) {
   std::ofstream stream(path, std::ios::binary);
