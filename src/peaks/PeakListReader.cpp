@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "driver/Messages.h"
@@ -14,6 +17,15 @@ namespace {
 
 /// The data field that holds -1 when a peak has been deleted.
 constexpr std::int32_t kDeletedColumn = 17;
+
+/// As many peaks as a list of this file can have, up to a bound; 0 where the file does not tell its length.
+std::size_t estimatePeakCount(const char* path) {
+  constexpr std::uintmax_t kShortestLine = 2 * (kDeletedColumn + 1);
+  constexpr std::uintmax_t kMostPeaks = 1 << 20;
+  std::error_code error;
+  const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+  return error ? 0 : static_cast<std::size_t>(std::min(bytes / kShortestLine, kMostPeaks));
+}
 
 void skipLines(std::istream& stream, int count) {
   for (int i = 0; i < count; ++i) stream.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
@@ -33,6 +45,8 @@ std::string makeLabel(const char* labelField, const char* numberField) {
 unsigned PeakList::read(const char* path, const Spectrum& spectrum, bool verbose) {
   std::ifstream stream(path);
   if (!stream.is_open()) fail("ERROR: Unable to open '" + std::string(path) + "'\n");
+  // Room at once: a list that grows as it is read touches more than twice the memory.
+  peaks.reserve(estimatePeakCount(path));
   readHeader(stream);
   readPeaks(stream, spectrum);
   stream.close();
