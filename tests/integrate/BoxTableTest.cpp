@@ -53,6 +53,7 @@ TEST(BoxTable, SumsTheBoxAroundTheFirstPointOfGreatestMagnitude) {
     lines += "  1\t" + line + "\n";
   }
   const std::string err =
+      "WARNING: Peak 11 folded 1 times in the direct dimension.\n"
       "WARNING: Peak 12 folded 9999 times in the direct dimension.\n"
       "WARNING: Peak 12 folded 2 times in the indirect dimension.\n"
       "WARNING: Peak 13 folded 1 times in the direct dimension.\n"
@@ -78,7 +79,7 @@ TEST(BoxTable, FoldsFarOffPeaksToWhereSingleStepsTakeThem) {
   constexpr std::int32_t kSize = (1 << 30) - 3;
   std::string header = writeView({{1, 1, 0, 0}, {1, 1, 1, 0}, examplePlane().value});
   putWord(header, 1024, kSize, false);
-  putReal(header, 1024 + 28, 0.7f * kSize, false);
+  putReal(header, 1024 + 28, static_cast<float>(0.7 * kSize), false);
   std::istringstream stream(header);
   Spectrum spectrum;
   spectrum.readViewHeader(stream);
@@ -139,9 +140,25 @@ TEST(Report, HoldsTheTablesOfASeriesUntilAFault) {
     EXPECT_EQ(runExample(files, "peakbox -i none -o first -i run.par -o report"), end);
   }
   // One that cannot be written is no error, and all is measured.
-  files["run.par"] = "BOXSIZE 1\nSPECTRUM 6\nSPECTRUM 6\nPEAKLIST moving.xpk\n";
+  files["run.par"] = "BOXSIZE 1\nSPECTRUM 5\nSPECTRUM 6\nPEAKLIST moving.xpk\n";
   for (const std::string report : {"", "-o none/report", "-o /dev/full"}) {
-    EXPECT_EQ(runExample(files, "peakbox -i run.par " + report), outcome(0, notice + notice + notice));
+    EXPECT_EQ(runExample(files, "peakbox -i run.par " + report), outcome(0, notice));
+  }
+}
+
+TEST(Report, IsRefusedWhenASpectrumChangesAfterItsHeaderWasRead) {
+  const std::pair<std::string, std::string> rows[] = {
+      {writePipe(examplePlane()).substr(0, 2100), "Error reading file @ point (14,0\n"},
+      {writePipe({{16, 100, 1600, 0}, {13, 50, 650, 0}, examplePlane().value}),
+       "ERROR: Spectrum a.ft2 has 16 x 13 points, the first has 16 x 12.\n"},
+  };
+  for (const auto& [changed, message] : rows) {
+    // The run waits for its peak list, in a pipe, while the spectrum is replaced.
+    const std::string end =
+        runExample({{"changed", changed}, {"run.par", "BOXSIZE 1\nPEAKLIST pipe\nSPECTRUM a.ft2\n"}},
+                   "sh -c 'mkfifo pipe; peakbox -i run.par -o report & exec 3>pipe; cp changed a.ft2; "
+                   "cat peaks.xpk >&3; exec 3>&-; wait $!'");
+    EXPECT_EQ(end, outcome(1, message, ""));
   }
 }
 
