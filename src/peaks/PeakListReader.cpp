@@ -20,7 +20,7 @@ constexpr std::int32_t kDeletedColumn = 17;
 
 /// As many peaks as a list of this file can have, up to a bound; 0 where the file does not tell its length.
 std::size_t estimatePeakCount(const char* path) {
-  constexpr std::uintmax_t kShortestLine = 2 * (kDeletedColumn + 1);
+  constexpr std::uintmax_t kShortestLine = std::uintmax_t{2} * (kDeletedColumn + 1);
   constexpr std::uintmax_t kMostPeaks = 1 << 20;
   std::error_code error;
   const std::uintmax_t bytes = std::filesystem::file_size(path, error);
