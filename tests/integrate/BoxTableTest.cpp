@@ -20,7 +20,7 @@ std::string measure(const std::string& peaks) {
   const std::map<std::pair<int, int>, float> points = {
       {{11, 11}, 3}, {{12, 12}, -5},       {{21, 11}, -3},        {{22, 12}, 3},   {{32, 11}, 4}, {{31, 13}, 4},
       {{31, 12}, 4}, {{42, 11}, -4},       {{41, 13}, -4},        {{50, 10}, NAN}, {{52, 12}, 9}, {{11, 25}, NAN},
-      {{12, 27}, 9}, {{33, 26}, INFINITY}, {{30, 28}, -INFINITY}, {{40, 26}, 2},   {{41, 26}, 3}, {{42, 26}, 9},
+      {{12, 27}, 9}, {{33, 26}, INFINITY}, {{30, 28}, -INFINITY}, {{40, 26}, 3},   {{41, 26}, 2}, {{42, 26}, 9},
       {{2, 1}, 8},   {{61, 46}, 7},        {{62, 0}, 99},         {{53, 39}, 6},   {{2, 40}, 5}};
   const auto value = [&](int i, int j) { return points.contains({i, j}) ? points.at({i, j}) : 0.0f; };
   return runExample({{"run.par", "BOXSIZE 2 1\nPEAKLIST peaks.xpk\nSPECTRUM a.ft2\n"},
@@ -40,7 +40,7 @@ TEST(BoxTable, SumsTheBoxAroundTheFirstPointOfGreatestMagnitude) {
       {50, 53, 10, 13, "noise\t113\t237\tnan"},
       {10, 13, 25, 28, "noise\t151\t220\t9"},
       {30, 33, 25, 28, "noise\t133\t219\t-inf"},
-      {40.2, 40.8, 25.2, 25.9, "noise\t122\t221\t14"},
+      {40.2, 40.8, 25.2, 25.9, "noise\t123\t221\t14"},
       {0, 4, 0, 3, "noise1\t161\t246\t8"},
       {60, 64, 44, 48, "bgnoise\t102\t201\t7"},
       {-10, 70, 38, 41, "noise\t161\t207\t5"},
