@@ -65,7 +65,8 @@ TEST(Spectrum, ABadFileHasItsMessage) {
   const std::string pipe = writePipe(plane);
   const std::string view = writeView(plane);
   const std::string corner = examplePeakHeader() + examplePeakLine("1", "x", "1", "0", "1", "0");
-  const std::string table = kExampleField + "# SPECTRUM 1: a.ft2\n# Num\tLabel\tPos1\tPos2\tInt\n  1\tx\t1\t1\t";
+  const std::string table =
+      std::string(kExampleField) + "# SPECTRUM 1: a.ft2\n# Num\tLabel\tPos1\tPos2\tInt\n  1\tx\t1\t1\t";
   const std::string notTwo = "ERROR: Spectrum is not two dimentional.\n";
   const std::string ended = "Error reading file @ point (";
   const std::pair<std::string, std::string> rows[] = {

@@ -32,7 +32,7 @@ std::string runExample(const std::map<std::string, std::string>& files,
                        const std::string& command = "peakbox -i run.par -o report");
 
 /// The beginning of the example's report and its table, or one of other `lines`; `head` follows "# SPECTRUM ".
-inline const std::string kExampleField = "# FIELD(MHz): 600.13\n#\n";
+inline constexpr const char* kExampleField = "# FIELD(MHz): 600.13\n#\n";
 std::string exampleTable(const std::string& head = "1: a.ft2\n",
                          const std::string& lines = "  1\tA1\t10\t5\t58\n  2\tnoise2\t5\t8\t-62\n");
 
