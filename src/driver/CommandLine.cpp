@@ -2,16 +2,16 @@
 #include <iostream>
 #include <string>
 
-#include "driver/Messages.h"
-#include "driver/RunSettings.h"
+#include "base/Messages.h"
+#include "base/RunSettings.h"
 
 namespace peakbox {
 
 namespace {
 
 /// Points along a box of the given half-width. Half-widths near the 32-bit limit wrap.
-std::int32_t boxLength(std::int32_t halfWidth) {
-  return static_cast<std::int32_t>(2 * static_cast<std::uint32_t>(halfWidth) + 1);
+std::string boxLength(std::int32_t halfWidth) {
+  return std::to_string(static_cast<std::int32_t>(2 * static_cast<std::uint32_t>(halfWidth) + 1));
 }
 
 }  // namespace
@@ -20,7 +20,7 @@ bool RunSettings::parseArguments(int count, const char* const* arguments) {
   if (count == 1) printUsage(1);
   parseOptions(count, arguments);
   readParameterFile();
-  if (verbose) std::cout << "Box size = " << boxLength(boxSize[0]) << " x " << boxLength(boxSize[1]) << "\n\n";
+  if (verbose) std::cout << "Box size = " + boxLength(getBoxSize(0)) + " x " + boxLength(getBoxSize(1)) + "\n\n";
   return verbose;
 }
 
@@ -32,20 +32,20 @@ void RunSettings::parseOptions(int count, const char* const* arguments) {
       verbose = true;
     } else if (argument == "-i") {
       if (last) {
-        warn("ERROR: No input file specified\n");
+        printMessage("ERROR: No input file specified\n");
         printUsage(1);
       }
       inputFile = arguments[++i];
     } else if (argument == "-o") {
       if (last) {
-        warn("ERROR: No output file specified\n");
+        printMessage("ERROR: No output file specified\n");
         printUsage(1);
       }
       outputFile = arguments[++i];
     } else if (argument == "-abs") {
       absoluteIntensity = true;
     } else {
-      warn("ERROR: Parameter '" + argument + "' not understood.\n");
+      printMessage("ERROR: Parameter '" + argument + "' not understood.\n");
       printUsage(1);
     }
   }

@@ -3,9 +3,9 @@
 #include <fstream>
 #include <string>
 
-#include "driver/Messages.h"
-#include "driver/RunSettings.h"
-#include "driver/TextNumbers.h"
+#include "base/Messages.h"
+#include "base/RunSettings.h"
+#include "base/TextNumbers.h"
 
 namespace peakbox {
 
@@ -29,7 +29,6 @@ void RunSettings::readParameterFile() {
   } while (!stream.fail());
 
   if (awaitingSpectrum) fail("ERROR: No SPECTRUM specified.\n");
-  if (boxSize.empty()) fail("ERROR: No BOXSIZE specified.\n");
 }
 
 std::int32_t RunSettings::readLine(std::istream& stream) {

@@ -3,8 +3,12 @@
 #include <string>
 #include <utility>
 
-#include "driver/Messages.h"
+#include "base/Messages.h"
 #include "integrate/BoxTable.h"
+
+#ifdef __FAST_MATH__
+#error "-ffast-math changes which values are equal, what a NaN does and the order of a sum: digits would differ"
+#endif
 
 namespace peakbox {
 
@@ -39,9 +43,9 @@ Edges findWholePoints(const BoxExtent& extent, int j, int dim) {
 /// lies outside the plane moves to its nearest point.
 Range findSearchRange(Edges edges, int j, int dim, std::int64_t size) {
   if (edges.first > edges.last) {
-    warn("WARNING: No data points are contained within the box for peak #" + std::to_string(j) +
-         "\nThe box was modified to contain the nearest two data points in the dimension " + std::to_string(dim + 1) +
-         ".\n");
+    printMessage("WARNING: No data points are contained within the box for peak #" + std::to_string(j) +
+                 "\nThe box was modified to contain the nearest two data points in the dimension " +
+                 std::to_string(dim + 1) + ".\n");
     std::swap(edges.first, edges.last);
   }
   const auto toPlane = [&](double edge) {
@@ -53,57 +57,36 @@ Range findSearchRange(Edges edges, int j, int dim, std::int64_t size) {
 /// The point of greatest magnitude; among equals the first, and the positive one before the negative one. A NaN is
 /// never greater or smaller, so it is found only where it is the first point.
 Point findExtreme(const DataPlane& data, const Range& range1, const Range& range2) {
-  // Values first and the point afterwards: a point kept up to date on the way would cost a branch that no processor
-  // foresees at every new extreme.
+  Point maximumPoint{range1.first, range2.first};
+  Point minimumPoint = maximumPoint;
   double maximum = data[range1.first][range2.first];
   double minimum = maximum;
   for (std::int64_t a = range1.first; a <= range1.last; ++a) {
-    const double* line = data[a];
     for (std::int64_t b = range2.first; b <= range2.last; ++b) {
-      maximum = line[b] > maximum ? line[b] : maximum;
-      minimum = line[b] < minimum ? line[b] : minimum;
+      const double value = data[a][b];
+      if (value > maximum) {
+        maximum = value;
+        maximumPoint = {a, b};
+      }
+      if (value < minimum) {
+        minimum = value;
+        minimumPoint = {a, b};
+      }
     }
   }
-  const double extreme = maximum + minimum >= 0.0 ? maximum : minimum;
-  for (std::int64_t a = range1.first; a <= range1.last; ++a) {
-    const double* line = data[a];
-    for (std::int64_t b = range2.first; b <= range2.last; ++b) {
-      if (line[b] == extreme) return {a, b};
-    }
-  }
-  return {range1.first, range2.first};
+  return maximum + minimum >= 0.0 ? maximumPoint : minimumPoint;
 }
 
 /// One value after the other, so that the rounding of the sum never depends on the compiler or the machine.
 double sumBox(const DataPlane& data, const Range& range1, const Range& range2) {
   double sum = 0.0;
   for (std::int64_t a = range1.first; a <= range1.last; ++a) {
-    const double* line = data[a];
-    for (std::int64_t b = range2.first; b <= range2.last; ++b) sum += line[b];
+    for (std::int64_t b = range2.first; b <= range2.last; ++b) sum += data[a][b];
   }
   return sum;
 }
 
-/// Roughly the points from low to high, moved into a dimension of `size` points; any edges will do, NaN included.
-Range findPointsInPlane(double low, double high, std::int64_t size) {
-  const auto last = static_cast<double>(size - 1);
-  return {static_cast<std::int64_t>(std::fmax(0.0, std::fmin(low, last))),
-          static_cast<std::int64_t>(std::fmax(0.0, std::fmin(high, last)))};
-}
-
 }  // namespace
-
-void BoxTable::prefetchBox(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2) const {
-  constexpr std::int64_t kDoublesPerLine = 8;
-  const BoxExtent& extent1 = getExtent1(j);
-  const BoxExtent& extent2 = getExtent2(j);
-  const Range range1 = findPointsInPlane(extent1.low - halfWidth1, extent1.high + halfWidth1, spectrum.getSize(0));
-  const Range range2 = findPointsInPlane(extent2.low - halfWidth2, extent2.high + halfWidth2, spectrum.getSize(1));
-  for (std::int64_t a = range1.first; a <= range1.last; ++a) {
-    const double* line = spectrum.getData()[a];
-    for (std::int64_t b = range2.first; b <= range2.last; b += kDoublesPerLine) __builtin_prefetch(line + b);
-  }
-}
 
 void BoxTable::integratePeak(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2) {
   const auto entry = static_cast<std::size_t>(j);

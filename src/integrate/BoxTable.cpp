@@ -1,5 +1,9 @@
 #include "integrate/BoxTable.h"
 
+#include <fstream>
+
+#include "base/RunSettings.h"
+
 namespace peakbox {
 
 BoxTable::BoxTable(unsigned peakCount, double tolerance1, double tolerance2)
@@ -22,6 +26,20 @@ void BoxTable::recentreBoxes(int count) {
   for (std::size_t j = 0; j < static_cast<std::size_t>(count); ++j) {
     recentre(extents1[j], tolerancePoints[0]);
     recentre(extents2[j], tolerancePoints[1]);
+  }
+}
+
+void BoxTable::writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks) {
+  const std::int32_t halfWidth1 = settings.getBoxSize(0);
+  const std::int32_t halfWidth2 = settings.getBoxSize(1);
+  std::ofstream report(settings.getOutputFile());
+  const int peakCount = peaks.getCount();
+  for (int k = 0; k < settings.getSpectrumCount(); ++k) {
+    spectrum.loadData(settings.getSpectrumFile(k), settings.getVerbose());
+    for (int j = 0; j < peakCount; ++j) integratePeak(j, spectrum, halfWidth1, halfWidth2);
+    // Later spectra are searched around the points found in the first.
+    if (k == 0) recentreBoxes(peakCount);
+    writeSpectrumTable(k, report, settings, spectrum, peaks);
   }
 }
 

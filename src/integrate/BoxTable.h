@@ -5,11 +5,12 @@
 #include <iosfwd>
 #include <vector>
 
-#include "driver/RunSettings.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Spectrum.h"
 
 namespace peakbox {
+
+class RunSettings;
 
 /// One peak's place in one dimension, in data points: its centre and the edges of the area that is searched for it.
 struct BoxExtent {
@@ -41,7 +42,7 @@ class BoxTable {
   void recentreBoxes(int count);
 
   /// Measures all spectra of the run and writes a table for each, flushed when complete. A report that cannot be
-  /// created or written is not an error.
+  /// created or written is not an error; settings without half-widths end the run before the report is created.
   void writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks);
 
   /// The table of spectrum `index`, from 0, from what this table and `spectrum`'s axes hold.
@@ -56,8 +57,6 @@ class BoxTable {
   void convertTolerance(const Spectrum& spectrum);
   void foldDirect(int j, int size);
   void foldIndirect(int j, int size);
-  /// Asks the memory for what `integratePeak` will read for peak j; most of its time would be spent waiting for that.
-  void prefetchBox(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2) const;
 
   std::array<double, 2> tolerance;
   std::array<double, 2> tolerancePoints{};

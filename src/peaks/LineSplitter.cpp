@@ -3,24 +3,39 @@
 #include <cstring>
 #include <istream>
 
-#include "driver/Messages.h"
-#include "driver/TextNumbers.h"
+#include "base/Messages.h"
+#include "base/TextNumbers.h"
 
 namespace peakbox {
 
 LineSplitter::LineSplitter() {
-  addDelimiter('\0');
   addDelimiter(' ');
   addDelimiter('\t');
   addQuotes('{', '}');
 }
 
-void LineSplitter::addDelimiter(char c) { kinds[static_cast<unsigned char>(c)] = Kind::Separator; }
+void LineSplitter::addDelimiter(char c) { delimiters += c; }
 
 void LineSplitter::addQuotes(char open, char close) {
-  kinds[static_cast<unsigned char>(open)] = Kind::Opener;
   openers += open;
   closers += close;
+}
+
+bool LineSplitter::isDelimiter(char c) const {
+  for (const char delimiter : delimiters) {
+    if (c == delimiter) return true;
+  }
+  return false;
+}
+
+bool LineSplitter::isOpener(char c) {
+  for (std::size_t k = 0; k < openers.size(); ++k) {
+    if (c == openers[k]) {
+      quoteIndex = k;
+      return true;
+    }
+  }
+  return false;
 }
 
 bool LineSplitter::readLine(std::istream& stream) {
@@ -32,26 +47,16 @@ bool LineSplitter::readLine(std::istream& stream) {
 }
 
 void LineSplitter::splitLine() {
-  const std::size_t length = line.size();
-  std::size_t i = 0;
-  while (true) {
-    while (i < length && kindOf(line[i]) == Kind::Separator) line[i++] = '\0';
-    if (i >= length) return;
-    fieldStarts.push_back(i);
-    while (i < length && kindOf(line[i]) != Kind::Separator) {
-      if (kindOf(line[i]) == Kind::Opener) i = passGroup(i);
-      ++i;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (isOpener(line[i])) {
+      while (i < line.size() && !isCloser(line[i])) ++i;
+    } else if (isDelimiter(line[i])) {
+      line[i] = '\0';
     }
   }
-}
-
-std::size_t LineSplitter::passGroup(std::size_t i) {
-  const char closer = closers[openers.find(line[i])];
-  for (; i < line.size() && line[i] != closer; ++i) {
-    // Nothing in a group is overwritten, but a NUL in it ends a field all the same.
-    if (line[i] == '\0' && line[i + 1] != '\0') fieldStarts.push_back(i + 1);
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] != '\0' && (i == 0 || line[i - 1] == '\0')) fieldStarts.push_back(i);
   }
-  return i;
 }
 
 std::int32_t LineSplitter::findField(const std::string& name) const {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -9,8 +8,7 @@
 namespace peakbox {
 
 /// Reads a text file line by line and cuts each line, in place, into fields separated by runs of blanks and tabs.
-/// Blanks and tabs between "{" and "}" do not separate; the braces stay in the field. A NUL separates anywhere. Fields
-/// are counted from 0.
+/// Blanks and tabs between "{" and "}" do not separate; the braces stay in the field. Fields are counted from 0.
 class LineSplitter {
  public:
   LineSplitter();
@@ -34,17 +32,18 @@ class LineSplitter {
  private:
   void addDelimiter(char c);
   void addQuotes(char open, char close);
+  bool isDelimiter(char c) const;
+  bool isOpener(char c);
+  bool isCloser(char c) const { return c == closers[quoteIndex]; }
   void splitLine();
-  std::size_t passGroup(std::size_t i);
   void checkIndex(std::int32_t i) const;
 
-  enum class Kind : unsigned char { Ordinary, Separator, Opener };
-  Kind kindOf(char c) const { return kinds[static_cast<unsigned char>(c)]; }
-
-  /// Every character of a list is looked up, and a table answers fastest.
-  std::array<Kind, 256> kinds{};
+  /// The opener met last: an index in `openers`, and in `closers` that of the character that ends its group.
+  std::size_t quoteIndex = 0;
+  std::string delimiters;
   std::string openers;
   std::string closers;
+  /// After splitting, a NUL stands for each delimiter, and a field reaches to the next NUL.
   std::string line;
   std::vector<std::size_t> fieldStarts;
 };

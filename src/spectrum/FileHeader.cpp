@@ -6,8 +6,7 @@
 #include <istream>
 #include <limits>
 
-#include "driver/Messages.h"
-#include "spectrum/Words.h"
+#include "base/Messages.h"
 
 namespace peakbox {
 

@@ -8,6 +8,11 @@
 
 namespace peakbox {
 
+/// `word` with its four bytes in the reverse order.
+constexpr std::uint32_t reverseBytes(std::uint32_t word) {
+  return (word >> 24) | ((word >> 8) & 0x0000ff00u) | ((word << 8) & 0x00ff0000u) | (word << 24);
+}
+
 /// The first 2048 bytes of a spectrum file. Words are 4 bytes long and addressed by their byte offset; with
 /// `byteSwapped` a word's bytes are reversed before it is taken as a number.
 class FileHeader {

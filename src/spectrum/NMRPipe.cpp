@@ -1,8 +1,7 @@
 #include <cmath>
 
-#include "driver/Messages.h"
+#include "base/Messages.h"
 #include "spectrum/Spectrum.h"
-#include "spectrum/WordReader.h"
 
 namespace peakbox {
 
@@ -39,14 +38,14 @@ void Spectrum::readPipeHeader(std::istream& stream) {
   detectPipeByteOrder(header);
   if (header.getTruncated(kDimensionCount, byteSwapped) != 2) fail("ERROR: Spectrum is not two dimentional.\n");
   parsePipeHeader(header);
-  checkSizes();
+  refuseNegativeSizes();
 }
 
 // The format does not record its byte order. A header that makes no sense as it stands is taken for a swapped one, and
 // what is wrong with it if it is not shows in the checks that follow.
 void Spectrum::detectPipeByteOrder(const FileHeader& header) {
   if (!isPlausible(header, false)) {
-    noteByteSwap();
+    setByteSwapped();
   } else if (!isPlausible(header, true)) {
     byteSwapped = false;
   } else {
@@ -69,32 +68,31 @@ void Spectrum::parsePipeHeader(const FileHeader& header) {
                (real(kSweepWidthHz2) + real(kOriginHz2)) / observeMHz[1]};
 }
 
-std::int64_t Spectrum::getPointSkipBytes() const {
+std::int64_t Spectrum::pointSkipBytes() const {
   const std::int64_t flagSum = std::int64_t{quadFlags[0]} + quadFlags[1];
   return flagSum == 0 ? 12 : flagSum == 1 ? 4 : 0;
 }
 
-void Spectrum::checkPipeLength(std::uint64_t bytes) const {
-  const std::int64_t valueBytes = std::int64_t{4} * sizes[0];
-  const auto rowBytes = static_cast<std::uint64_t>(valueBytes + getPointSkipBytes() * sizes[0]);
-  const std::uint64_t fullRows = bytes / rowBytes;
-  if (fullRows >= static_cast<std::uint64_t>(sizes[1])) return;
+void Spectrum::loadPipeData(std::istream& stream) {
+  // Each row is a tile of its own, as wide as the row with its unused values.
+  const auto rowWords = static_cast<std::uint64_t>(sizes[0] * (1 + pointSkipBytes() / 4));
+  const auto rowCount = static_cast<std::uint64_t>(sizes[1]);
+  const std::uint64_t found = loadTiles(stream, static_cast<std::int64_t>(rowWords), 1);
+  if (found == rowWords * rowCount) return;
 
   // The end is noticed one value after the first that is missing, or at the start of the next row when that value is
-  // the last of its row or only skipped bytes are missing. After the last row nothing notices it.
-  auto row = static_cast<std::int64_t>(fullRows);
-  std::int64_t point = static_cast<std::int64_t>(bytes % rowBytes) / 4 + 1;
-  if (point >= sizes[0]) {
+  // the last of its row or only unused values are missing.
+  const auto size1 = static_cast<std::uint64_t>(sizes[0]);
+  std::uint64_t row = found / rowWords;
+  std::uint64_t point = found % rowWords + 1;
+  if (point >= size1) {
     point = 0;
     ++row;
   }
-  if (row == sizes[1]) return;
-  fail("Error reading file @ point (" + std::to_string(point) + "," + std::to_string(row) + "\n");
-}
+  if (row < rowCount) fail("Error reading file @ point (" + std::to_string(point) + "," + std::to_string(row) + "\n");
 
-void Spectrum::loadPipeData(WordReader& words) {
-  const std::int64_t rowWords = sizes[0] * (1 + getPointSkipBytes() / 4);
-  loadBlock(words, {rowWords, sizes[1], 0, sizes[0], 0, sizes[1]});
+  // After the last row nothing notices it: the plane's last value, if it is missing, counts as 0.
+  if (found % rowWords < size1) data[sizes[0] - 1][sizes[1] - 1] = 0.0;
 }
 
 }  // namespace peakbox

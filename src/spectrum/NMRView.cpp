@@ -1,13 +1,12 @@
-#include <algorithm>
-
-#include "driver/Messages.h"
+#include "base/Messages.h"
 #include "spectrum/Spectrum.h"
-#include "spectrum/WordReader.h"
 
 namespace peakbox {
 
 namespace {
 
+/// The first word, in the machine's byte order.
+constexpr std::uint32_t kMagicNumber = 0x3418abcd;
 constexpr std::int32_t kPpmUnit = 3;
 constexpr std::size_t kLabelLength = 16;
 
@@ -28,17 +27,21 @@ constexpr std::size_t kLabel = 52;
 
 }  // namespace
 
+bool Spectrum::isViewMagic(std::uint32_t firstWord) {
+  return firstWord == kMagicNumber || reverseBytes(firstWord) == kMagicNumber;
+}
+
 void Spectrum::readViewHeader(std::istream& stream) {
   formatCode = SpectrumFormat::NMRView;
   const FileHeader header(stream);
   byteSwapped = false;
-  if (header.getWord(kMagic, true) == kViewMagic) noteByteSwap();
+  if (header.getWord(kMagic, true) == kMagicNumber) setByteSwapped();
   if (header.getInteger(kDimensionCount, byteSwapped) != 2) fail("ERROR: Spectrum is not two dimentional.\n");
   for (const std::size_t axis : kAxisBlocks) {
     if (header.getInteger(axis + kUnit, byteSwapped) != kPpmUnit) fail("ERROR: Unknown unit.\n");
   }
   parseViewHeader(header);
-  checkSizes();
+  refuseNegativeSizes();
   for (std::size_t d = 0; d < 2; ++d) {
     if (blockSizes[d] < 1) {
       fail("ERROR: Dimension " + std::to_string(d + 1) + " has an invalid tile size (" + std::to_string(blockSizes[d]) +
@@ -63,28 +66,15 @@ void Spectrum::parseViewHeader(const FileHeader& header) {
   }
 }
 
-std::int64_t Spectrum::getTileCount(int dim) const {
+std::uint64_t Spectrum::getPaddedSize(int dim) const {
   const std::int64_t tileSize = blockSizes[index(dim)];
-  return (sizes[index(dim)] + tileSize - 1) / tileSize;
+  return static_cast<std::uint64_t>((sizes[index(dim)] + tileSize - 1) / tileSize * tileSize);
 }
 
-void Spectrum::checkViewLength(std::uint64_t bytes) const {
-  // Each factor is below 2^32, so their product cannot overflow; the product in bytes could.
-  const auto padded1 = static_cast<std::uint64_t>(getTileCount(0) * blockSizes[0]);
-  const auto padded2 = static_cast<std::uint64_t>(getTileCount(1) * blockSizes[1]);
-  if (bytes / 4 < padded1 * padded2) fail("Error reading file\n");
-}
-
-void Spectrum::loadViewData(WordReader& words) {
-  // Tiles come with the tile number of dimension 1 running fastest, and so do the values inside a tile. The last tiles
-  // are padded to their full size.
-  const std::int64_t tile1 = blockSizes[0];
-  const std::int64_t tile2 = blockSizes[1];
-  for (std::int64_t j = 0; j < sizes[1]; j += tile2) {
-    for (std::int64_t i = 0; i < sizes[0]; i += tile1) {
-      loadBlock(words, {tile1, tile2, i, std::min(tile1, sizes[0] - i), j, std::min(tile2, sizes[1] - j)});
-    }
-  }
+void Spectrum::loadViewData(std::istream& stream) {
+  // Each factor is below 2^32, so their product cannot overflow.
+  const std::uint64_t wanted = getPaddedSize(0) * getPaddedSize(1);
+  if (loadTiles(stream, blockSizes[0], blockSizes[1]) < wanted) fail("Error reading file\n");
 }
 
 }  // namespace peakbox

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -10,16 +11,14 @@
 
 namespace peakbox {
 
-class WordReader;
-
 enum class SpectrumFormat { None = 0, NMRPipe = 1, NMRView = 2 };
 
 /// One two-dimensional spectrum: its axes and its data plane. Per-dimension values stand in the order direct dimension
 /// (`dim` 0), indirect dimension (`dim` 1); messages number them 1 and 2. Points count from 0 and may be fractional;
 /// for a positive sweep width the ppm axis falls as the point rises:
 ///     ppm = originPpm - (point + 1) * hzPerPoint / observeMHz.
-/// A header with a zero frequency or sweep width makes conversions infinite or NaN. Every fault of a file ends the run
-/// with status 1.
+/// A header with a size, a frequency or a sweep width of zero makes conversions infinite or NaN. Every fault of a file
+/// ends the run with status 1.
 class Spectrum {
  public:
   /// Recognises the format of the run's first spectrum, reads its header and sizes the data plane, which stays all 0.
@@ -57,34 +56,37 @@ class Spectrum {
  private:
   static std::size_t index(int dim) { return static_cast<std::size_t>(dim); }
 
-  /// A rectangle of the plane as a file stores it: `rowCount` rows of `rowWords` words along dimension 1. The first
-  /// `width` words of the first `height` rows belong to the plane, from point (i0, j0) on; the rest is passed over.
-  struct FileBlock {
-    std::int64_t rowWords, rowCount;
-    std::int64_t i0, width;
-    std::int64_t j0, height;
-  };
-
-  /// The first word of an NMRView file in the machine's byte order.
-  static constexpr std::uint32_t kViewMagic = 0x3418abcd;
+  /// Whether a file that begins with this word, as the machine reads it, is an NMRView file.
+  static bool isViewMagic(std::uint32_t firstWord);
 
   void detectPipeByteOrder(const FileHeader& header);
   void parsePipeHeader(const FileHeader& header);
   void parseViewHeader(const FileHeader& header);
-  void noteByteSwap();
-  void checkSizes() const;
-  void checkSameSizes(const std::string& path) const;
 
-  // End the run when a data section of so many bytes is too short for the header read last.
-  void checkDataLength(std::uint64_t bytes) const;
-  void checkPipeLength(std::uint64_t bytes) const;
-  void checkViewLength(std::uint64_t bytes) const;
+  /// Sets `byteSwapped` and gives the notice.
+  void setByteSwapped();
 
-  std::int64_t getPointSkipBytes() const;
-  std::int64_t getTileCount(int dim) const;
-  void loadPipeData(WordReader& words);
-  void loadViewData(WordReader& words);
-  void loadBlock(WordReader& words, const FileBlock& block);
+  /// End the run unless the header read last fits.
+  void refuseNegativeSizes() const;
+  void refuseOtherSizes(const std::string& path) const;
+
+  /// Fill the plane from the data section at the stream's position.
+  void loadPipeData(std::istream& stream);
+  void loadViewData(std::istream& stream);
+
+  /// Fills the plane from tiles of `width` x `height` words, in which and from one to the next dimension 1 runs
+  /// fastest; what they hold beyond the plane is passed over. Returns the number of words found, fewer than all tiles
+  /// have when the section ends early.
+  std::uint64_t loadTiles(std::istream& stream, std::int64_t width, std::int64_t height);
+
+  /// Places words of a row of dimension 1 from point (i, j) on.
+  void placeWords(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j);
+
+  /// NMRPipe: bytes for each point of a row that follow the row's values and are not used.
+  std::int64_t pointSkipBytes() const;
+
+  /// NMRView: points of a dimension with the padding of its last tile.
+  std::uint64_t getPaddedSize(int dim) const;
 
   SpectrumFormat formatCode = SpectrumFormat::None;
   bool byteSwapped = false;

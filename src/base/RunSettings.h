@@ -8,7 +8,8 @@
 namespace peakbox {
 
 /// Everything that the command line and the parameter file set for a run. `parseArguments` fills it once; after that
-/// it is only read. Every fault of the command line or the parameter file ends the run with status 1.
+/// it is only read. Every fault of the command line or the parameter file ends the run with status 1. How both are read
+/// stands in src/driver.
 class RunSettings {
  public:
   /// Applies the options, reads the parameter file and, in verbose mode, writes the box size to standard output.
@@ -18,8 +19,9 @@ class RunSettings {
   bool getVerbose() const { return verbose; }
   bool getAbsoluteIntensity() const { return absoluteIntensity; }
 
-  /// Box half-width in data points; `dim` is 0 (direct dimension) or 1 (indirect dimension).
-  std::int32_t getBoxSize(int dim) const { return boxSize[static_cast<std::size_t>(dim)]; }
+  /// Box half-width in data points; `dim` is 0 (direct dimension) or 1 (indirect dimension). Ends the run with status 1
+  /// when the parameter file had none.
+  std::int32_t getBoxSize(int dim) const;
 
   std::int32_t getSpectrumCount() const { return static_cast<std::int32_t>(spectrumFiles.size()); }
 

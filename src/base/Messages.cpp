@@ -1,14 +1,14 @@
-#include "driver/Messages.h"
+#include "base/Messages.h"
 
 #include <cstdlib>
 #include <iostream>
 
 namespace peakbox {
 
-void warn(std::string_view text) { std::cerr << text; }
+void printMessage(std::string_view text) { std::cerr << text; }
 
 void fail(std::string_view message, int status) {
-  warn(message);
+  printMessage(message);
   std::exit(status);
 }
 

@@ -1,8 +1,15 @@
+#include "base/RunSettings.h"
+
 #include <ostream>
 
-#include "driver/RunSettings.h"
+#include "base/Messages.h"
 
 namespace peakbox {
+
+std::int32_t RunSettings::getBoxSize(int dim) const {
+  if (boxSize.empty()) fail("ERROR: No BOXSIZE specified.\n");
+  return boxSize[static_cast<std::size_t>(dim)];
+}
 
 void RunSettings::writeFieldHeader(std::ostream& out) const {
   if (!field.empty()) out << "# FIELD(MHz): " << field << "\n#\n";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace peakbox {
 
@@ -10,5 +11,8 @@ std::int32_t textToInteger(const char* text);
 
 /// The number at the start of `text`, as `strtod` reads it; 0 when there is none.
 double textToReal(const char* text);
+
+/// `value` as a stream's default format writes it, in six significant digits.
+std::string realToText(double value);
 
 }  // namespace peakbox

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+namespace peakbox {
+
+/// Writes a notice, a warning or an error, which brings its own newline, to standard error.
+void printMessage(std::string_view text);
+
+/// The one way in which a run ends early: prints `message`, flushes standard output and ends the process with `status`.
+/// No object is destroyed.
+[[noreturn]] void fail(std::string_view message, int status = 1);
+
+}  // namespace peakbox
