@@ -2,6 +2,7 @@
 #include <sstream>
 
 #include "FuzzSupport.h"
+#include "base/ThrowingMessages.h"
 #include "integrate/BoxTable.h"
 #include "support/ExampleRun.h"
 
@@ -48,7 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
     peakbox::RunSettings settings;
     settings.parseArguments(4, arguments);
     peakbox::fuzz::measure(settings, example);
-  } catch (const peakbox::fuzz::RunEnd&) {
+  } catch (const peakbox::RunEnd&) {
   }
+  peakbox::takeMessages();
   return 0;
 }

@@ -8,9 +8,6 @@
 
 namespace peakbox::fuzz {
 
-/// Thrown where the program would end its process.
-struct RunEnd {};
-
 /// A file in memory that the program can open by its path.
 class InputFile {
  public:

@@ -2,8 +2,6 @@
 
 #include <fstream>
 
-#include "base/RunSettings.h"
-
 namespace peakbox {
 
 BoxTable::BoxTable(unsigned peakCount, double tolerance1, double tolerance2)

@@ -5,12 +5,11 @@
 #include <iosfwd>
 #include <vector>
 
+#include "base/RunSettings.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Spectrum.h"
 
 namespace peakbox {
-
-class RunSettings;
 
 /// One peak's place in one dimension, in data points: its centre and the edges of the area that is searched for it.
 struct BoxExtent {

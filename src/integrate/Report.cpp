@@ -2,7 +2,6 @@
 #include <ostream>
 #include <string>
 
-#include "base/RunSettings.h"
 #include "base/TextNumbers.h"
 #include "integrate/BoxTable.h"
 
