@@ -6,7 +6,7 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
   static const fuzz::InputFile spectrum(test::writePipe(test::examplePlane()));
   static const fuzz::InputFile peaks;
   peaks.write({data, size});
-  fuzz::runProgram("BOXSIZE 1\nTOLERANCE 100 50\nPEAKLIST " + peaks.path() + "\nSPECTRUM " + spectrum.path() +
-                   "\nSPECTRUM " + spectrum.path() + "\n");
+  fuzz::runPrograms("BOXSIZE 1\nTOLERANCE 100 50\nPEAKLIST " + peaks.path() + "\nSPECTRUM " + spectrum.path() +
+                    "\nSPECTRUM " + spectrum.path() + "\n");
   return 0;
 }

@@ -15,6 +15,9 @@
 #include "spectrum/Spectrum.h"
 #include "support/ExampleRun.h"
 
+/// The main function of peakbox-check.
+int peakboxCheck(int count, char** arguments);
+
 /// libFuzzer's own changes.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t sizeLimit);
 
@@ -69,7 +72,7 @@ InputPipe::InputPipe(std::string_view bytes) {
 
 InputPipe::~InputPipe() { close(descriptor); }
 
-void runProgram(std::string_view parameters) {
+void runPrograms(std::string_view parameters) {
   static const InputFile file;
   file.write(parameters);
   const char* const arguments[] = {"peakbox", "-v", "-abs", "-i", file.path().c_str(), "-o", "/dev/null"};
@@ -88,6 +91,12 @@ void runProgram(std::string_view parameters) {
     require(!end.message.empty() && (end.status == 0 || end.status == 1));
   }
   takeMessages();
+
+  std::string words[] = {"peakbox-check", file.path()};
+  char* checkArguments[] = {words[0].data(), words[1].data(), nullptr};
+  optind = 1;
+  const int status = peakboxCheck(2, checkArguments);
+  require(status == 0 || status == 1);
 }
 
 void runSeries(const InputFile& example, const std::string& bytes) {
@@ -96,8 +105,8 @@ void runSeries(const InputFile& example, const std::string& bytes) {
   input.write(bytes);
   const InputPipe pipe(bytes);
   const auto run = [&](const std::string& first, const std::string& second) {
-    runProgram("BOXSIZE 1\nTOLERANCE 100 50\nPEAKLIST " + peaks.path() + "\nSPECTRUM " + first + "\nSPECTRUM " +
-               second + "\n");
+    runPrograms("BOXSIZE 1\nTOLERANCE 100 50\nPEAKLIST " + peaks.path() + "\nSPECTRUM " + first + "\nSPECTRUM " +
+                second + "\n");
   };
   run(input.path(), input.path());
   run(example.path(), pipe.path());

@@ -40,8 +40,8 @@ class InputPipe {
   std::string name;
 };
 
-/// Does what the program does with this parameter file, until the run ends in one way or another.
-void runProgram(std::string_view parameters);
+/// Does what peakbox does with this parameter file, until the run ends in one way or another, and then checks it.
+void runPrograms(std::string_view parameters);
 
 /// Runs the program on a series with `bytes` as its first and second file, then on one that begins with `example` and
 /// goes on with `bytes` from a pipe.

@@ -16,12 +16,21 @@ class RunSettings {
   /// Returns the verbose flag. `arguments[0]` is the command's own name.
   bool parseArguments(int count, const char* const* arguments);
 
+  /// Reads the next line of a parameter file, the `line`-th counted from 1, and applies it. What is left to do at the
+  /// end of the file is to refuse settings without a spectrum.
+  void parseNextLine(std::istream& stream, std::int64_t line);
+  void refuseNoSpectrum() const;
+
+  /// The words of the line read last.
+  const std::vector<std::string>& getTokens() const { return tokens; }
+
   bool getVerbose() const { return verbose; }
   bool getAbsoluteIntensity() const { return absoluteIntensity; }
 
   /// Box half-width in data points; `dim` is 0 (direct dimension) or 1 (indirect dimension). Ends the run with status 1
   /// when the parameter file had none.
   std::int32_t getBoxSize(int dim) const;
+  bool hasBoxSize() const { return !boxSize.empty(); }
 
   std::int32_t getSpectrumCount() const { return static_cast<std::int32_t>(spectrumFiles.size()); }
 
@@ -47,7 +56,6 @@ class RunSettings {
 
   void readParameterFile();
   std::int32_t readLine(std::istream& stream);
-  void parseLine(std::int64_t line);
   bool firstCharIs(char c) const { return tokens[0][0] == c; }
   bool keywordIs(const char* word) const;
 

@@ -24,10 +24,13 @@ void RunSettings::readParameterFile() {
   // Reaching the end alone does not end the loop: a last line without a newline counts, the empty read after it fails.
   std::int64_t line = 1;
   do {
-    if (readLine(stream) > 0 && !firstCharIs('#')) parseLine(line);
+    parseNextLine(stream, line);
     ++line;
   } while (!stream.fail());
+  refuseNoSpectrum();
+}
 
+void RunSettings::refuseNoSpectrum() const {
   if (awaitingSpectrum) fail("ERROR: No SPECTRUM specified.\n");
 }
 
@@ -47,7 +50,8 @@ std::int32_t RunSettings::readLine(std::istream& stream) {
   return tokenCount;
 }
 
-void RunSettings::parseLine(std::int64_t line) {
+void RunSettings::parseNextLine(std::istream& stream, std::int64_t line) {
+  if (readLine(stream) == 0 || firstCharIs('#')) return;
   if (keywordIs("FIELD")) {
     parseFieldLine(line);
   } else if (keywordIs("BOXSIZE")) {

@@ -50,6 +50,11 @@ class BoxTable {
 
   const BoxExtent& getExtent1(int j) const { return extents1[static_cast<std::size_t>(j)]; }
   const BoxExtent& getExtent2(int j) const { return extents2[static_cast<std::size_t>(j)]; }
+
+  /// How often peak j was folded; negative for a peak that was moved up.
+  std::int32_t getFoldCount1(int j) const { return foldCount1[static_cast<std::size_t>(j)]; }
+  std::int32_t getFoldCount2(int j) const { return foldCount2[static_cast<std::size_t>(j)]; }
+
   double getIntensity(int j) const { return intensities[static_cast<std::size_t>(j)]; }
 
  private:

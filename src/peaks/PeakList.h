@@ -29,6 +29,16 @@ class PeakList {
   /// on standard output.
   unsigned read(const char* path, const Spectrum& spectrum, bool verbose);
 
+  /// The two steps of `read`, for a list that is at hand as a stream: the six header lines, and data lines to the end
+  /// of the stream, whose peaks are added.
+  void readHeader(std::istream& stream);
+  void readPeaks(std::istream& stream, const Spectrum& spectrum);
+
+  /// Where a data line has its fields, counted from 0; a column that the header does not name is 0.
+  std::int32_t getLabelColumn() const { return labelColumn; }
+  std::int32_t getPositionColumn(int dim) const { return positionColumn[static_cast<std::size_t>(dim)]; }
+  std::int32_t getBoundsColumn(int dim) const { return boundsColumn[static_cast<std::size_t>(dim)]; }
+
   /// `i` is a position in the list, from 0 to `getCount() - 1`; `dim` is 0 or 1. Neither is checked.
   int getCount() const { return static_cast<int>(peaks.size()); }
   std::int32_t getNumber(int i) const { return at(i).number; }
@@ -38,8 +48,6 @@ class PeakList {
 
  private:
   const Peak& at(int i) const { return peaks[static_cast<std::size_t>(i)]; }
-  void readHeader(std::istream& stream);
-  void readPeaks(std::istream& stream, const Spectrum& spectrum);
 
   std::vector<Peak> peaks;
   /// Field indices in a data line.

@@ -72,9 +72,7 @@ std::uint64_t Spectrum::getPaddedSize(int dim) const {
 }
 
 void Spectrum::loadViewData(std::istream& stream) {
-  // Each factor is below 2^32, so their product cannot overflow.
-  const std::uint64_t wanted = getPaddedSize(0) * getPaddedSize(1);
-  if (loadTiles(stream, blockSizes[0], blockSizes[1]) < wanted) fail("Error reading file\n");
+  if (loadTiles(stream, blockSizes[0], blockSizes[1]) < countDataWords()) fail("Error reading file\n");
 }
 
 }  // namespace peakbox

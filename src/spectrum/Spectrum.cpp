@@ -75,6 +75,14 @@ void Spectrum::loadData(const char* path, bool verbose) {
   isPipe ? loadPipeData(stream) : loadViewData(stream);
 }
 
+std::uint64_t Spectrum::countDataWords() const {
+  // Every factor is below 2^32, or one is below 2^33 and the other below 2^31: the products cannot overflow.
+  if (formatCode == SpectrumFormat::NMRPipe) {
+    return static_cast<std::uint64_t>(getRowWords()) * static_cast<std::uint64_t>(sizes[1]);
+  }
+  return getPaddedSize(0) * getPaddedSize(1);
+}
+
 std::uint64_t Spectrum::loadTiles(std::istream& stream, std::int64_t width, std::int64_t height) {
   if (sizes[0] == 0) return 0;  // However many rows there are, they take no time.
 

@@ -38,7 +38,14 @@ class Spectrum {
 
   std::ostream& printDimensions(std::ostream& stream) const;
 
+  SpectrumFormat getFormat() const { return formatCode; }
+  bool isByteSwapped() const { return byteSwapped; }
   int getSize(int dim) const { return sizes[index(dim)]; }
+  double getObserveMHz(int dim) const { return observeMHz[index(dim)]; }
+
+  /// 4-byte words that a whole data section has by the header read last.
+  std::uint64_t countDataWords() const;
+
   const DataPlane& getData() const { return data; }
 
   /// Widths, in points; the sign is kept.
@@ -81,6 +88,9 @@ class Spectrum {
 
   /// Places words of a row of dimension 1 from point (i, j) on.
   void placeWords(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j);
+
+  /// NMRPipe: words of a row with the values that are not used.
+  std::int64_t getRowWords() const;
 
   /// NMRPipe: bytes for each point of a row that follow the row's values and are not used.
   std::int64_t pointSkipBytes() const;
