@@ -77,7 +77,7 @@ std::int64_t Spectrum::getRowWords() const { return sizes[0] * (1 + pointSkipByt
 
 void Spectrum::loadPipeData(std::istream& stream) {
   // Each row is a tile of its own.
-  const std::uint64_t found = loadTiles(stream, getRowWords(), 1);
+  const std::uint64_t found = loadTiles(stream, {.width = getRowWords(), .height = 1});
   if (found == countDataWords()) return;
 
   // The end is noticed one value after the first that is missing, or at the start of the next row when that value is

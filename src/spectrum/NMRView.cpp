@@ -72,7 +72,8 @@ std::uint64_t Spectrum::getPaddedSize(int dim) const {
 }
 
 void Spectrum::loadViewData(std::istream& stream) {
-  if (loadTiles(stream, blockSizes[0], blockSizes[1]) < countDataWords()) fail("Error reading file\n");
+  if (loadTiles(stream, {.width = blockSizes[0], .height = blockSizes[1]}) < countDataWords())
+    fail("Error reading file\n");
 }
 
 }  // namespace peakbox

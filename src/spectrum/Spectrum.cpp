@@ -34,7 +34,7 @@ class WordSource {
   }
 
   std::istream& stream;
-  std::array<std::uint32_t, 1 << 14> buffer;
+  std::array<std::uint32_t, 1 << 17> buffer;  // With half of it, an NMRView plane takes an eighth longer.
   std::span<const std::uint32_t> rest;
 };
 
@@ -83,33 +83,51 @@ std::uint64_t Spectrum::countDataWords() const {
   return getPaddedSize(0) * getPaddedSize(1);
 }
 
-std::uint64_t Spectrum::loadTiles(std::istream& stream, std::int64_t width, std::int64_t height) {
+std::uint64_t Spectrum::loadTiles(std::istream& stream, const TileShape& tile) {
   if (sizes[0] == 0) return 0;  // However many rows there are, they take no time.
 
+  const std::int64_t tilesAcross = (sizes[0] + tile.width - 1) / tile.width;
+  const std::int64_t bandWords = tilesAcross * tile.width * tile.height;
   WordSource source(stream);
   std::uint64_t found = 0;
-  for (std::int64_t j0 = 0; j0 < sizes[1]; j0 += height) {
-    for (std::int64_t i0 = 0; i0 < sizes[0]; i0 += width) {
-      for (std::int64_t j = j0; j < j0 + height; ++j) {
-        for (std::int64_t i = i0; i < i0 + width;) {
-          const std::span<const std::uint32_t> words = source.take(i0 + width - i);
-          if (words.empty()) return found;
-          if (i < sizes[0] && j < sizes[1]) placeWords(words, i, j);
-          found += words.size();
-          i += static_cast<std::int64_t>(words.size());
-        }
-      }
+  for (std::int64_t j0 = 0; j0 < sizes[1]; j0 += tile.height) {
+    for (std::int64_t start = 0; start < bandWords;) {
+      const std::span<const std::uint32_t> words = source.take(bandWords - start);
+      if (words.empty()) return found;
+      placeWords(words, start, tile, j0);
+      start += static_cast<std::int64_t>(words.size());
+      found += words.size();
     }
   }
   return found;
 }
 
-void Spectrum::placeWords(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j) {
-  const auto count = std::min(static_cast<std::int64_t>(words.size()), sizes[0] - i);
+void Spectrum::placeWords(std::span<const std::uint32_t> words, std::int64_t start, const TileShape& tile,
+                          std::int64_t j0) {
+  const std::int64_t end = start + static_cast<std::int64_t>(words.size());
+  const std::int64_t tileWords = tile.width * tile.height;
+  const std::int64_t firstTile = start / tileWords;
+  const std::int64_t lastTile = (end - 1) / tileWords;
+  const bool isOneTile = firstTile == lastTile;
+  const std::int64_t firstRow = isOneTile ? start % tileWords / tile.width : 0;
+  const std::int64_t lastRow = isOneTile ? (end - 1) % tileWords / tile.width : tile.height - 1;
+  // Along the rows of the plane: written tile by tile, an NMRView plane takes a third longer.
+  for (std::int64_t y = firstRow; y <= lastRow && j0 + y < sizes[1]; ++y) {
+    for (std::int64_t t = firstTile; t <= lastTile; ++t) {
+      const std::int64_t rowStart = t * tileWords + y * tile.width;
+      const std::int64_t from = std::max(start, rowStart);
+      const std::int64_t i = t * tile.width + from - rowStart;
+      const std::int64_t count = std::min(std::min(end, rowStart + tile.width) - from, sizes[0] - i);
+      if (count > 0)
+        placeRun(words.subspan(static_cast<std::size_t>(from - start), static_cast<std::size_t>(count)), i, j0 + y);
+    }
+  }
+}
+
+void Spectrum::placeRun(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j) {
   double* place = &data[i][j];
-  for (std::int64_t k = 0; k < count; ++k) {
-    const std::uint32_t word = words[static_cast<std::size_t>(k)];
-    place[k] = std::bit_cast<float>(byteSwapped ? reverseBytes(word) : word);
+  for (const std::uint32_t word : words) {
+    *place++ = std::bit_cast<float>(byteSwapped ? reverseBytes(word) : word);
   }
 }
 

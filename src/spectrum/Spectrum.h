@@ -81,13 +81,21 @@ class Spectrum {
   void loadPipeData(std::istream& stream);
   void loadViewData(std::istream& stream);
 
-  /// Fills the plane from tiles of `width` x `height` words, in which and from one to the next dimension 1 runs
-  /// fastest; what they hold beyond the plane is passed over. Returns the number of words found, fewer than all tiles
-  /// have when the section ends early.
-  std::uint64_t loadTiles(std::istream& stream, std::int64_t width, std::int64_t height);
+  /// Words of a tile along dimension 1 and along dimension 2.
+  struct TileShape {
+    std::int64_t width;
+    std::int64_t height;
+  };
 
-  /// Places words of a row of dimension 1 from point (i, j) on.
-  void placeWords(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j);
+  /// Fills the plane from tiles, in which and from one to the next dimension 1 runs fastest; what they hold beyond the
+  /// plane is passed over. Returns the number of words found, fewer than all tiles have when the section ends early.
+  std::uint64_t loadTiles(std::istream& stream, const TileShape& tile);
+
+  /// Places words that begin `start` words into the row of tiles from point `j0` of dimension 2 on.
+  void placeWords(std::span<const std::uint32_t> words, std::int64_t start, const TileShape& tile, std::int64_t j0);
+
+  /// Places words of a row of the plane from point (i, j) on.
+  void placeRun(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j);
 
   /// NMRPipe: words of a row with the values that are not used.
   std::int64_t getRowWords() const;
