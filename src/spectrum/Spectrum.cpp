@@ -136,6 +136,9 @@ void Spectrum::allocateData() {
     fail("ERROR: Not enough memory for a data plane of " + std::to_string(sizes[0]) + " x " + std::to_string(sizes[1]) +
          " points.\n");
   }
+  // An NMRPipe file fills the plane from one end to the other. The words of an NMRView file may lie a page apart each,
+  // and a short one must not take more memory than that.
+  data.advisePages(formatCode == SpectrumFormat::NMRPipe);
 }
 
 void Spectrum::setByteSwapped() {
