@@ -931,11 +931,16 @@ bool SpectraCheck::readFirstHeader() {
     spectrum.readHeader(path.c_str(), false);
     firstFormat = spectrum.getFormat();
     hasFirstHeader = true;
+    for (const int dim : {0, 1}) {
+      if (spectrum.getSize(dim) > 0) continue;
+      error(0, "dimension " + std::to_string(dim + 1) + " has no data points");
+      hasFirstHeader = false;
+    }
   } catch (const RunEnd& end) {
     error(0, textOf(end) + explain(path));
   }
   takeMessages();
-  return hasFirstHeader && spectrum.getSize(0) > 0 && spectrum.getSize(1) > 0;
+  return hasFirstHeader;
 }
 
 void SpectraCheck::run(MeasurementCheck* measurement) {
@@ -992,13 +997,6 @@ std::string SpectraCheck::explain(const std::string& path) const {
 }
 
 bool SpectraCheck::checkHeader(int k) {
-  bool hasPoints = true;
-  for (const int dim : {0, 1}) {
-    if (spectrum.getSize(dim) > 0) continue;
-    error(k, "dimension " + std::to_string(dim + 1) + " has no data points");
-    hasPoints = false;
-  }
-  if (!hasPoints) return false;
   const bool isInOrder = checkAxisOrder(k);
   const bool isWhole = checkLength(k);
   if (isInOrder) checkAxes(k);
