@@ -76,22 +76,22 @@ std::int64_t Spectrum::pointSkipBytes() const {
 std::int64_t Spectrum::getRowWords() const { return sizes[0] * (1 + pointSkipBytes() / 4); }
 
 void Spectrum::loadPipeData(std::istream& stream) {
-  // Each row is a tile of its own.
-  const std::uint64_t found = loadTiles(stream, {.width = getRowWords(), .height = 1});
+  const TileShape row{.width = getRowWords(), .height = 1};
+  const std::uint64_t found = loadTiles(stream, row);
   if (found == countDataWords()) return;
 
   // The end is noticed one value after the first that is missing, or at the start of the next row when that value is
   // the last of its row or only unused values are missing.
   const auto rowWords = static_cast<std::uint64_t>(getRowWords());
   const auto size1 = static_cast<std::uint64_t>(sizes[0]);
-  std::uint64_t row = found / rowWords;
+  std::uint64_t rowIndex = found / rowWords;
   std::uint64_t point = found % rowWords + 1;
   if (point >= size1) {
     point = 0;
-    ++row;
+    ++rowIndex;
   }
-  if (row < static_cast<std::uint64_t>(sizes[1])) {
-    fail("Error reading file @ point (" + std::to_string(point) + "," + std::to_string(row) + "\n");
+  if (rowIndex < static_cast<std::uint64_t>(sizes[1])) {
+    fail("Error reading file @ point (" + std::to_string(point) + "," + std::to_string(rowIndex) + "\n");
   }
   // After the last row nothing notices it: the plane's last value, if it is missing, counts as 0.
   if (found % rowWords < size1) data[sizes[0] - 1][sizes[1] - 1] = 0.0;

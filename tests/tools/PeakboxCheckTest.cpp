@@ -90,10 +90,11 @@ struct TextRow {
 };
 
 void expectFindings(const std::vector<TextRow>& rows) {
-  for (const auto& [file, old, replacement, findings] : rows) {
+  for (const TextRow& row : rows) {
     Files files = makeSeries();
-    replaceIn(files[file], old, replacement);
-    EXPECT_EQ(findIn(files), findings) << "with '" << replacement << "' for '" << old << "' in " << file;
+    replaceIn(files[row.file], row.old, row.replacement);
+    EXPECT_EQ(findIn(files), row.findings)
+        << "with '" << row.replacement << "' for '" << row.old << "' in " << row.file;
   }
 }
 
