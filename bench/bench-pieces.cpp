@@ -48,10 +48,11 @@ const InputFolder& folder() {
 }
 
 std::string writeSpectrum(bool isView, bool swapped) {
-  const test::Plane plane{{kSize1, 600, 9000, 0, 64},
-                          {kSize2, 60, 3000, 0, 32},
-                          [](int i, int j) { return static_cast<float>((i * 7919 + j * 104729) % 10007 - 5000); },
-                          swapped};
+  const test::Plane plane{
+      .direct = {.size = kSize1, .observeMHz = 600, .sweepWidthHz = 9000, .tile = 64},
+      .indirect = {.size = kSize2, .observeMHz = 60, .sweepWidthHz = 3000, .tile = 32},
+      .value = [](int i, int j) { return static_cast<float>((i * 7919 + j * 104729) % 10007 - 5000); },
+      .swapped = swapped};
   return folder().write("spectrum", isView ? writeView(plane) : writePipe(plane));
 }
 

@@ -20,8 +20,8 @@ struct Work {
   int size1;
   int size2;
   int peaks;
-  bool swapped;
-  bool isView;
+  bool swapped = false;
+  bool isView = false;
 };
 
 constexpr int kHalfWidth1 = 2;
@@ -63,7 +63,10 @@ std::string makePeakList(const Work& work) {
 void makeWork(const std::filesystem::path& root, const Work& work) {
   const std::filesystem::path folder = root / work.name;
   std::filesystem::create_directories(folder);
-  const Plane plane{{work.size1, 600, 9000, 0, 64}, {work.size2, 60, 3000, 0, 32}, noiseAt, work.swapped};
+  const Plane plane{.direct = {.size = work.size1, .observeMHz = 600, .sweepWidthHz = 9000, .tile = 64},
+                    .indirect = {.size = work.size2, .observeMHz = 60, .sweepWidthHz = 3000, .tile = 32},
+                    .value = noiseAt,
+                    .swapped = work.swapped};
   const std::string bytes = work.isView ? writeView(plane) : writePipe(plane);
 
   std::string parameters = "FIELD 600\nBOXSIZE " + std::to_string(kHalfWidth1) + " " + std::to_string(kHalfWidth2) +
@@ -84,10 +87,16 @@ int main(int argc, char** argv) {
     std::cerr << "usage: make-workloads FOLDER\n";
     return 1;
   }
-  for (const Work& work :
-       {Work{"pipe", 16, 2048, 1024, 200, false, false}, Work{"pipe-swapped", 16, 2048, 1024, 200, true, false},
-        Work{"view", 16, 2048, 1024, 200, false, true}, Work{"large", 1, 8192, 4096, 500, false, false},
-        Work{"peaks", 1, 2048, 1024, 100000, false, false}}) {
+  const Work pipe{.name = "pipe", .planes = 16, .size1 = 2048, .size2 = 1024, .peaks = 200};
+  Work swapped = pipe;
+  swapped.name = "pipe-swapped";
+  swapped.swapped = true;
+  Work view = pipe;
+  view.name = "view";
+  view.isView = true;
+  const Work large{.name = "large", .planes = 1, .size1 = 8192, .size2 = 4096, .peaks = 500};
+  const Work peaks{.name = "peaks", .planes = 1, .size1 = 2048, .size2 = 1024, .peaks = 100000};
+  for (const Work& work : {pipe, swapped, view, large, peaks}) {
     makeWork(argv[1], work);
   }
 }

@@ -2,13 +2,10 @@
 // delay, as an NMRPipe file in the machine's byte order and as an NMRView file in the other one; with them go the peak
 // list, a parameter file for either format, the known rates and the first plane as text.
 
-#include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -18,6 +15,8 @@
 #include <string_view>
 #include <system_error>
 #include <vector>
+
+#include "support/SpectrumWriter.h"
 
 namespace {
 
@@ -47,11 +46,24 @@ struct Line {
 };
 
 using Plane = std::vector<double>;
-using Words = std::vector<std::uint32_t>;
 
 // Every axis value is exact in single precision, so both formats give the same ppm to the last digit.
-constexpr Axis kAxis1{"H1", 256, 600.0, 2700.0, 10.5, 2.0, 10.0, 48};
-constexpr Axis kAxis2{"N15", 128, 60.8125, 1581.125, 131.0, 1.5, 8.0, 20};
+constexpr Axis kAxis1{.name = "H1",
+                      .points = 256,
+                      .observeMHz = 600.0,
+                      .sweepHz = 2700.0,
+                      .originPpm = 10.5,
+                      .lineWidth = 2.0,
+                      .searchWidth = 10.0,
+                      .tilePoints = 48};
+constexpr Axis kAxis2{.name = "N15",
+                      .points = 128,
+                      .observeMHz = 60.8125,
+                      .sweepHz = 1581.125,
+                      .originPpm = 131.0,
+                      .lineWidth = 1.5,
+                      .searchWidth = 8.0,
+                      .tilePoints = 20};
 
 constexpr std::array<double, 4> kDelaysSeconds{0.01, 0.05, 0.12, 0.25};
 
@@ -71,7 +83,6 @@ constexpr std::array<Line, 12> kLines{{
 }};
 
 constexpr double kNoise = 1e3;  // standard deviation of a data point
-constexpr int kHeaderWords = 512;
 
 std::size_t toIndex(int number) { return static_cast<std::size_t>(number); }
 
@@ -139,67 +150,22 @@ Plane makePlane(double delaySeconds, std::mt19937& generator) {
   return plane;
 }
 
-std::uint32_t floatWord(double value) { return std::bit_cast<std::uint32_t>(static_cast<float>(value)); }
-
-std::uint32_t byteReversed(std::uint32_t word) {
-  return word << 24 | (word & 0xff00u) << 8 | (word >> 8 & 0xff00u) | word >> 24;
+peakbox::test::Axis fileAxis(const Axis& axis) {
+  return {.size = axis.points,
+          .observeMHz = static_cast<float>(axis.observeMHz),
+          .sweepWidthHz = static_cast<float>(axis.sweepHz),
+          .lastPpm = static_cast<float>(axis.ppm(axis.points - 1)),
+          .tile = axis.tilePoints,
+          .name = std::string(axis.name)};
 }
 
-/// Header words as floats, then the rows.
-Words makePipeFile(const Plane& plane) {
-  Words words(kHeaderWords);
-  words[9] = floatWord(2);   // dimensions
-  words[55] = floatWord(1);  // quadrature flags: real data
-  words[56] = floatWord(1);
-  words[99] = floatWord(kAxis1.points);
-  words[100] = floatWord(kAxis1.sweepHz);
-  words[101] = floatWord(kAxis1.originPpm * kAxis1.observeMHz - kAxis1.sweepHz);  // frequency of the last point
-  words[119] = floatWord(kAxis1.observeMHz);
-  words[218] = floatWord(kAxis2.observeMHz);
-  words[219] = floatWord(kAxis2.points);
-  words[229] = floatWord(kAxis2.sweepHz);
-  words[249] = floatWord(kAxis2.originPpm * kAxis2.observeMHz - kAxis2.sweepHz);
-  for (const double value : plane) {
-    words.push_back(floatWord(value));
-  }
-  return words;
-}
-
-void setViewAxis(Words& words, std::size_t block, const Axis& axis) {
-  const int middle = axis.points / 2;
-  words[block] = static_cast<std::uint32_t>(axis.points);
-  words[block + 1] = static_cast<std::uint32_t>(axis.tilePoints);
-  words[block + 6] = floatWord(axis.observeMHz);
-  words[block + 7] = floatWord(axis.sweepHz);
-  words[block + 8] = floatWord(middle);  // reference point and its value
-  words[block + 9] = floatWord(axis.ppm(middle));
-  words[block + 10] = 3;  // the value is in ppm
-}
-
-/// Whole tiles; neither tile size divides the plane, so the last ones are padded with zeros. All in the byte order
-/// that is not the machine's.
-Words makeViewFile(const Plane& plane) {
-  const int tiles1 = (kAxis1.points + kAxis1.tilePoints - 1) / kAxis1.tilePoints;
-  const int tiles2 = (kAxis2.points + kAxis2.tilePoints - 1) / kAxis2.tilePoints;
-  const int tileSize = kAxis1.tilePoints * kAxis2.tilePoints;
-  constexpr std::size_t block1 = 256;
-  constexpr std::size_t block2 = 288;
-  Words words(toIndex(kHeaderWords + tiles1 * tiles2 * tileSize));
-  words[0] = 0x3418abcd;
-  words[6] = 2;  // dimensions
-  setViewAxis(words, block1, kAxis1);
-  setViewAxis(words, block2, kAxis2);
-  for (int j = 0; j < kAxis2.points; ++j) {
-    for (int i = 0; i < kAxis1.points; ++i) {
-      const int tile = j / kAxis2.tilePoints * tiles1 + i / kAxis1.tilePoints;
-      const int place = j % kAxis2.tilePoints * kAxis1.tilePoints + i % kAxis1.tilePoints;
-      words[toIndex(kHeaderWords + tile * tileSize + place)] = floatWord(plane[at(i, j)]);
-    }
-  }
-  std::transform(words.begin(), words.end(), words.begin(), byteReversed);
-  std::memcpy(&words[block1 + 13], kAxis1.name.data(), kAxis1.name.size());  // text has no byte order
-  std::memcpy(&words[block2 + 13], kAxis2.name.data(), kAxis2.name.size());
-  return words;
+/// Neither tile size divides the plane, so the last tiles of an NMRView file are padded.
+peakbox::test::Plane filePlane(const Plane& plane, bool swapped) {
+  return {.direct = fileAxis(kAxis1),
+          .indirect = fileAxis(kAxis2),
+          .value = [&plane](int i, int j) { return static_cast<float>(plane[at(i, j)]); },
+          .swapped = swapped,
+          .unused = 0};
 }
 
 std::string makePeakList() {
@@ -276,10 +242,6 @@ void write(const std::filesystem::path& path, const std::string& content) {
   }
 }
 
-std::string bytes(const Words& words) {
-  return {reinterpret_cast<const char*>(words.data()), words.size() * sizeof(std::uint32_t)};
-}
-
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -295,8 +257,8 @@ int main(int argumentCount, char** arguments) {
   std::mt19937 generator(1);  // NOLINT(cert-msc32-c,cert-msc51-cpp)
   for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
     const Plane plane = makePlane(kDelaysSeconds[k], generator);
-    write(folder / spectrumFile("pipe", k), bytes(makePipeFile(plane)));
-    write(folder / spectrumFile("view", k), bytes(makeViewFile(plane)));
+    write(folder / spectrumFile("pipe", k), writePipe(filePlane(plane, false)));
+    write(folder / spectrumFile("view", k), writeView(filePlane(plane, true)));
     if (k == 0) {
       write(folder / "plane-1.txt", makePlaneText(plane));
     }

@@ -40,9 +40,16 @@ void makeParameterFiles(const SeedFolder& seeds) {
 void makePeakLists(const SeedFolder& seeds) {
   const auto list = [](const std::string& lines) { return examplePeakHeader() + lines; };
   seeds.add("plain", examplePeaks());
-  seeds.add("folded", list(examplePeakLine("0x1", "{?}", "26.1", "2", "-107.3", "0.1")));
-  seeds.add("deleted", list(examplePeakLine("1", "{A1}", "10", "2", "5", "2", "-1") + "1 {A1 10\n"));
-  seeds.add("limits", list(examplePeakLine("-2147483648", "{a b}", "1e9", "-1e30", "nan", "inf")));
+  seeds.add(
+      "folded",
+      list(examplePeakLine({.number = "0x1", .label = "{?}", .ppm1 = "26.1", .ppm2 = "-107.3", .width2 = "0.1"})));
+  seeds.add("deleted", list(examplePeakLine({.field17 = "-1"}) + "1 {A1 10\n"));
+  seeds.add("limits", list(examplePeakLine({.number = "-2147483648",
+                                            .label = "{a b}",
+                                            .ppm1 = "1e5",
+                                            .width1 = "-1e30",
+                                            .ppm2 = "nan",
+                                            .width2 = "inf"})));
 }
 
 template <typename Write>

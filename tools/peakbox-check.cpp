@@ -868,14 +868,15 @@ void MeasurementCheck::checkPairs(int k) {
 }
 
 void MeasurementCheck::finish() {
-  const std::int64_t boxPoints =
-      (std::int64_t{2} * settings.getBoxSize(0) + 1) * (std::int64_t{2} * settings.getBoxSize(1) + 1);
   for (const auto& [entries, pair] : pairs) {
     const auto [first, second] = entries;
     const std::string other = peaks.nameOf(first) + " (line " + std::to_string(peaks.lines[first]) + ")";
     if (!pair.sameSpectra.empty()) {
       error(second, "measured at the same point as " + other + " in " + describeSpectra(pair.sameSpectra));
     } else if (!isNoise(first) && !isNoise(second)) {
+      // Both boxes lie in the plane, so they have no more points than that.
+      const std::int64_t boxPoints =
+          (std::int64_t{2} * settings.getBoxSize(0) + 1) * (std::int64_t{2} * settings.getBoxSize(1) + 1);
       warning(second, "its box shares up to " + std::to_string(pair.mostShared) + " of " + std::to_string(boxPoints) +
                           " points with that of " + other + " in " + describeSpectra(pair.sharedSpectra));
     }

@@ -19,6 +19,7 @@ TEST(RunSettings, EachFaultOfTheCommandLineAndTheParameterFileHasItsMessage) {
       {"-i -v", "", "ERROR: Unable to open '-v'\n"},
       {run, "# SPECTRUM a\n , \t\n", "ERROR: No SPECTRUM specified.\n"},
       {run, "SPECTRUM a\n", "ERROR: No BOXSIZE specified.\n"},
+      {run, "SPECTRUM a\nBOXSIZE\n", "ERROR(line #2): No BOXSIZE specified.\n"},
       {run, "\n#\n Fields 600\n", "ERROR (line 3): 'Fields' not recognized.\n"},
       {run, "field\n", "ERROR(line #1): No FIELD specified.\n"},
       {run, "BOXSIZE", "ERROR(line #1): No BOXSIZE specified.\n"},

@@ -2,56 +2,18 @@
 
 #include <bit>
 #include <cmath>
-#include <random>
-#include <sstream>
-#include <tuple>
 #include <vector>
 
 #include "support/ExampleRun.h"
 
 namespace peakbox::test {
 
-const std::string kNotice = "Correcting data for apparent byte-swap.\n";
+using Files = std::map<std::string, std::string>;
 
-TEST(Spectrum, GivesEveryNumberFromEveryLayoutAsAStreamWritesIt) {
-  // Any bits at all; and numbers halfway between two of six digits, or a little beside by the next point of the box.
-  std::mt19937 random(5);
-  std::vector<float> values{0, INFINITY, 0, 0, -INFINITY, 0, 0, NAN, 0};
-  while (values.size() < 9003) {
-    const auto bits = static_cast<std::uint32_t>(random());
-    const float middle = std::ldexp(static_cast<float>(bits >> 11 | 1), -1 - static_cast<int>(bits % 8));
-    const float beside = std::ldexp(middle, -40) * static_cast<float>(values.size() / 3 % 3);
-    values.insert(values.end(), {0, std::bit_cast<float>(bits), 0, 0, middle, beside});
-  }
-  // Rows longer than the buffer that they are read through, half a ppm per point, with a peak at every 23rd point.
-  constexpr int kSize = 23 * 3001;
-  const auto value = [&](int i, int j) { return values[static_cast<std::size_t>(3 * (i % 3001) + j)]; };
-  std::map<std::string, std::string> files{{"run.par", exampleParameters("SPECTRUM a.ft2\nBOXSIZE 0 1\n")},
-                                           {"peaks.xpk", examplePeakHeader()}};
-  std::ostringstream lines;
-  for (int i = 0; i < kSize; i += 23) {
-    const double ppm = 0.5 * (kSize - 1 - i);
-    files["peaks.xpk"] += examplePeakLine("1", "x", std::to_string(ppm), "0", "3", "0");
-    lines << "  1\tx\t" << ppm << "\t3\t" << 0.0 + value(i, 1) + value(i, 2) << '\n';
-  }
-  const std::string report = kExampleField + exampleTable("1: a.ft2\n", lines.str());
-  const std::string nuls(14, '\0');
-  const std::string pipeAxes = "Dim\t\tSize\t\tObs\t\t1pt\n1\t\t69023pt\t\t200MHz\t100Hz\n2\t\t3pt\t\t60MHz\t60Hz\n\n";
-  const std::string viewAxes = "Dim\t\tNuc\t\tSize\t\tObs\t\t1pt\n1\t\t1H" + nuls +
-                               "\t\t69023pt\t\t200MHz\t100Hz\n2\t\t15" + nuls + "\t\t3pt\t\t60MHz\t60Hz\n\n";
-  const std::string peaksFound = " format\n3001 peaks found\n\nSpectrum = a.ft2\n";
-  for (const auto& [swapped, tile1, tile2, flag1, flag2] :
-       {std::tuple{false, 8, 2, 0.0f, 0.0f}, {true, kSize, 3, 0, 1}, {false, 300000, 1, 1, 1}, {true, 1, 30, 1, -1}}) {
-    const Plane plane{{kSize, 200, 100.0f * kSize, 0, tile1, flag1}, {3, 60, 180, 2, tile2, flag2}, value, swapped};
-    const std::string notice = swapped ? kNotice : "";
-    files["a.ft2"] = writePipe(plane);
-    EXPECT_EQ(runExample(files, "peakbox -v -i run.par -o report"),
-              outcome(0, notice + pipeAxes + notice, report, "Box size = 1 x 3\n\nNMRPipe" + peaksFound));
-    files["a.ft2"] = writeView(plane);
-    EXPECT_EQ(runExample(files, "peakbox -v -i run.par -o report"),
-              outcome(0, notice + viewAxes + notice, report, "Box size = 1 x 3\n\nNMRView" + peaksFound));
-  }
-}
+const std::string kNotice = "Correcting data for apparent byte-swap.\n";
+const std::string kNotTwoDimensional = "ERROR: Spectrum is not two dimentional.\n";
+
+std::string write(bool isView, const Plane& plane) { return isView ? writeView(plane) : writePipe(plane); }
 
 /// `bytes` with another word at `offset`.
 std::string with(std::string bytes, std::size_t offset, auto word) {
@@ -59,44 +21,249 @@ std::string with(std::string bytes, std::size_t offset, auto word) {
   return bytes;
 }
 
-TEST(Spectrum, ABadFileHasItsMessage) {
+std::string withPipeWord(const std::string& bytes, std::size_t word, auto value) {
+  return with(bytes, 4 * word, value);
+}
+
+/// A peak on each given point of a plane whose points are one ppm apart and whose last one lies at 0 ppm.
+std::string peaksAt(const Plane& plane, const std::vector<std::pair<int, int>>& points) {
+  std::string list = examplePeakHeader();
+  for (const auto& [i, j] : points) {
+    list += examplePeakLine({.ppm1 = std::to_string(plane.direct.size - 1 - i),
+                             .width1 = "0",
+                             .ppm2 = std::to_string(plane.indirect.size - 1 - j),
+                             .width2 = "0"});
+  }
+  return list;
+}
+
+/// The report on these points, each measured alone.
+std::string reportOn(const Plane& plane, const std::vector<std::pair<int, int>>& points) {
+  std::string lines;
+  for (const auto& [i, j] : points) {
+    lines += "  1\tx\t" + std::to_string(plane.direct.size - 1 - i) + "\t" +
+             std::to_string(plane.indirect.size - 1 - j) + "\t" + std::to_string(std::lround(plane.value(i, j))) + "\n";
+  }
+  return exampleTable("1: a\n", lines);
+}
+
+TEST(Spectrum, GivesEveryValueFromEveryLayout) {
+  Plane plane{.direct = {.size = 7, .observeMHz = 100, .sweepWidthHz = 700},
+              .indirect = {.size = 5, .observeMHz = 50, .sweepWidthHz = 250},
+              .value = [](int i, int j) { return static_cast<float>(10 * i + j + 1); }};
+  std::vector<std::pair<int, int>> points;
+  for (int k = 0; k < 35; ++k) points.emplace_back(k % 7, k / 7);
+  Files files{{"peaks.xpk", peaksAt(plane, points)}, {"run.par", "BOXSIZE 0\nPEAKLIST peaks.xpk\nSPECTRUM a\n"}};
+
+  struct Layout {
+    int tile1;
+    int tile2;
+    float flag1;
+    float flag2;
+  };
+  for (const Layout& layout :
+       {Layout{1, 1, 0, 0}, {3, 2, 0, 1}, {7, 5, 1, 0}, {7, 1, 1, 1}, {9, 8, 1, -1}, {2, 30, 2, 3}}) {
+    for (const bool swapped : {false, true}) {
+      for (const bool isView : {false, true}) {
+        plane.direct.tile = layout.tile1;
+        plane.indirect.tile = layout.tile2;
+        plane.direct.quadFlag = layout.flag1;
+        plane.indirect.quadFlag = layout.flag2;
+        plane.swapped = swapped;
+        files["a"] = write(isView, plane);
+        EXPECT_EQ(runExample(files), outcome(0, swapped ? kNotice + kNotice : "", reportOn(plane, points)))
+            << "tiles of " << layout.tile1 << " x " << layout.tile2 << ", flags " << layout.flag1 << " and "
+            << layout.flag2 << ", swapped " << swapped << ", NMRView " << isView;
+      }
+    }
+  }
+}
+
+TEST(Spectrum, MayHaveRowsAndTilesLongerThanAnyBuffer) {
+  for (const bool isView : {false, true}) {
+    const Plane plane{
+        .direct = {.size = 90000, .observeMHz = 100, .sweepWidthHz = 9000000, .tile = 300000, .quadFlag = 0},
+        .indirect = {.size = 3, .observeMHz = 50, .sweepWidthHz = 150, .tile = 2, .quadFlag = 0},
+        .value = [](int i, int j) { return static_cast<float>(i % 1000 + 1000 * j + 1); }};
+    const std::vector<std::pair<int, int>> points{{0, 0}, {41071, 0}, {65535, 0}, {65536, 1}, {89999, 1}, {89999, 2}};
+    EXPECT_EQ(runExample({{"a", write(isView, plane)},
+                          {"peaks.xpk", peaksAt(plane, points)},
+                          {"run.par", "BOXSIZE 0\nPEAKLIST peaks.xpk\nSPECTRUM a\n"}}),
+              outcome(0, "", reportOn(plane, points)))
+        << "NMRView " << isView;
+  }
+}
+
+TEST(Spectrum, IsShownByAVerboseRun) {
+  const std::string labels[] = {"1H" + std::string(14, '\0'), "15N" + std::string(13, '\0')};
+  for (const bool isView : {false, true}) {
+    Plane plane = examplePlane();
+    plane.swapped = true;
+    plane.direct.sweepWidthHz = 1.0e8f;
+    const std::string label1 = isView ? labels[0] + "\t\t" : "";
+    const std::string label2 = isView ? labels[1] + "\t\t" : "";
+    const std::string axes = std::string("Dim\t\t") + (isView ? "Nuc\t\t" : "") + "Size\t\tObs\t\t1pt\n1\t\t" + label1 +
+                             "16pt\t\t100MHz\t6.25e+06Hz\n2\t\t" + label2 + "12pt\t\t50MHz\t50Hz\n\n";
+    const std::string out = std::string("Box size = 3 x 3\n\n") + (isView ? "NMRView" : "NMRPipe") +
+                            " format\n0 peaks found\n\nSpectrum = a.ft2\n";
+    EXPECT_EQ(runExample({{"a.ft2", write(isView, plane)}, {"peaks.xpk", examplePeakHeader()}},
+                         "peakbox -v -i run.par -o report"),
+              outcome(0, kNotice + axes + kNotice, kExampleField + exampleTable("1: a.ft2\n", ""), out));
+  }
+}
+
+TEST(Spectrum, ABadHeaderHasItsMessage) {
+  const std::string pipe = writePipe(examplePlane());
+  const std::string view = writeView(examplePlane());
+  const std::pair<std::string, std::string> rows[] = {
+      {"abc", "Unable to read a.ft2\n"},
+      {"\1abc", "unrecognized format\n"},
+      {pipe.substr(0, 2047), "Error reading file header\n"},
+      {view.substr(0, 2047), "Error reading file header\n"},
+      {withPipeWord(pipe, 9, 3.0f), kNotTwoDimensional},
+      {withPipeWord(pipe, 219, -1e30f), "ERROR: Dimension 2 has no data points (-2147483648).\n"},
+      {with(view, 24, 3), kNotTwoDimensional},
+      {with(view, 1064, 2), "ERROR: Unknown unit.\n"},
+      {with(view, 1192, 0), "ERROR: Unknown unit.\n"},
+      {with(view, 1024, -5), "ERROR: Dimension 1 has no data points (-5).\n"},
+      {with(view, 1028, 0), "ERROR: Dimension 1 has an invalid tile size (0).\n"},
+      {with(view, 1156, -1), "ERROR: Dimension 2 has an invalid tile size (-1).\n"},
+  };
+  for (const auto& [bytes, message] : rows) EXPECT_EQ(runExample({{"a.ft2", bytes}}), outcome(1, message));
+}
+
+TEST(Spectrum, AnNMRPipeFileHasTheByteOrderInWhichItMakesSense) {
+  const std::string pipe = writePipe(examplePlane());
+  const std::string swapped = kNotice + kNotTwoDimensional;
+  // Taken the other way round, the number of dimensions is none.
+  const std::pair<std::string, std::string> rows[] = {
+      {withPipeWord(pipe, 119, 0.5f), swapped},
+      {withPipeWord(pipe, 119, -5000.5f), swapped},
+      {withPipeWord(pipe, 119, INFINITY), swapped},
+      {withPipeWord(pipe, 99, 0.5f), swapped},
+      {withPipeWord(pipe, 99, 100001.0f), swapped},
+      {withPipeWord(pipe, 99, NAN), swapped},
+      // 1.00001, reversed 2.00783, and 790.004, reversed 1026.16.
+      {withPipeWord(withPipeWord(pipe, 99, 0x3f800040), 119, 0x44458044), "ERROR: Unkonwn file format.\n"},
+  };
+  for (const auto& [bytes, message] : rows) EXPECT_EQ(runExample({{"a.ft2", bytes}}), outcome(1, message));
+
+  const std::string noPeaks = kExampleField + exampleTable("1: a.ft2\n", "");
+  for (const float mhz : {1.0f, 5000.0f, -5000.0f, NAN}) {
+    const std::string bytes = withPipeWord(pipe, 119, mhz);
+    EXPECT_EQ(runExample({{"a.ft2", bytes}, {"peaks.xpk", examplePeakHeader()}}), outcome(0, "", noPeaks)) << mhz;
+  }
+  const std::string wide = withPipeWord(withPipeWord(pipe, 99, 100000.0f), 219, 1.0f) + std::string(400000, '\0');
+  EXPECT_EQ(runExample({{"a.ft2", wide}, {"peaks.xpk", examplePeakHeader()}}), outcome(0, "", noPeaks));
+}
+
+TEST(Spectrum, AShortFileEndsTheRunWhereItIsNoticed) {
   Plane plane = examplePlane();
   plane.direct.quadFlag = 0;  // One more value per point: a row has 64 bytes of values and 64 that are passed over.
   const std::string pipe = writePipe(plane);
   const std::string view = writeView(plane);
-  const std::string corner = examplePeakHeader() + examplePeakLine("1", "x", "1", "0", "1", "0");
-  const std::string table =
-      std::string(kExampleField) + "# SPECTRUM 1: a.ft2\n# Num\tLabel\tPos1\tPos2\tInt\n  1\tx\t1\t1\t";
-  const std::string notTwo = "ERROR: Spectrum is not two dimentional.\n";
   const std::string ended = "Error reading file @ point (";
   const std::pair<std::string, std::string> rows[] = {
-      {"abc", outcome(1, "Unable to read a.ft2\n")},
-      {"\1abc", outcome(1, "unrecognized format\n")},
-      {pipe.substr(0, 2047), outcome(1, "Error reading file header\n")},
-      {with(pipe, 4 * 9, 3.0f), outcome(1, notTwo)},
-      {with(pipe, 4 * 99, 100001.0f), outcome(1, kNotice + notTwo)},
-      {with(pipe, 4 * 119, -5000.5f), outcome(1, kNotice + notTwo)},
-      // 1.00001, reversed 2.00783, and 790.004, reversed 1026.16.
-      {with(with(pipe, 4 * 99, 0x3f800040), 4 * 119, 0x44458044), outcome(1, "ERROR: Unkonwn file format.\n")},
-      {with(pipe, 4 * 219, -1e30f), outcome(1, "ERROR: Dimension 2 has no data points (-2147483648).\n")},
-      {with(pipe, 4 * 219, std::nanf("")), outcome(1, "ERROR: Dimension 2 has no data points (0).\n")},
-      {with(view, 24, 3), outcome(1, notTwo)},
-      {with(view, 1064, 2), outcome(1, "ERROR: Unknown unit.\n")},
-      {with(view, 1192, 0), outcome(1, "ERROR: Unknown unit.\n")},
-      {with(view, 1024, -5), outcome(1, "ERROR: Dimension 1 has no data points (-5).\n")},
-      {with(view, 1028, 0), outcome(1, "ERROR: Dimension 1 has an invalid tile size (0).\n")},
-      {with(view, 1156, -1), outcome(1, "ERROR: Dimension 2 has an invalid tile size (-1).\n")},
-      {view.substr(0, view.size() - 1), outcome(1, "Error reading file\n", "")},
-      {pipe.substr(0, 2048 + 4 * 3 + 2), outcome(1, ended + "4,0\n", "")},
-      {pipe.substr(0, 2048 + 128 * 2 + 4 * 15 + 3), outcome(1, ended + "0,3\n", "")},
-      {pipe.substr(0, 2048 + 128 * 4 + 127), outcome(1, ended + "0,5\n", "")},
-      {pipe.substr(0, 2048 + 128 * 5), outcome(1, ended + "1,5\n", "")},
-      {pipe.substr(0, 2048 + 128 * 11 + 4 * 14), outcome(1, ended + "15,11\n", "")},
-      // Nothing tests the last row's last value and what follows it.
-      {pipe.substr(0, 2048 + 128 * 11 + 63), outcome(0, "", table + "8\n\n")},
-      {pipe.substr(0, 2048 + 128 * 11 + 64), outcome(0, "", table + "9\n\n")},
+      {pipe.substr(0, 2048), ended + "1,0\n"},
+      {pipe.substr(0, 2048 + 4 * 3 + 2), ended + "4,0\n"},
+      {pipe.substr(0, 2048 + 128 * 2 + 4 * 14 + 3), ended + "15,2\n"},
+      {pipe.substr(0, 2048 + 128 * 2 + 4 * 15 + 3), ended + "0,3\n"},
+      {pipe.substr(0, 2048 + 128 * 4 + 127), ended + "0,5\n"},
+      {pipe.substr(0, 2048 + 128 * 5), ended + "1,5\n"},
+      {pipe.substr(0, 2048 + 128 * 11 + 4 * 14), ended + "15,11\n"},
+      {view.substr(0, 2048), "Error reading file\n"},
+      {view.substr(0, view.size() - 1), "Error reading file\n"},
   };
-  for (const auto& [bytes, end] : rows) EXPECT_EQ(runExample({{"a.ft2", bytes}, {"peaks.xpk", corner}}), end);
+  for (const auto& [bytes, message] : rows) {
+    EXPECT_EQ(runExample({{"a.ft2", bytes}}), outcome(1, message, "")) << bytes.size();
+    // The same from a pipe, which tells its length only when it has been read.
+    const std::string first = bytes.starts_with('\0') ? pipe : view;
+    EXPECT_EQ(runExample({{"a.ft2", first}, {"bytes", bytes}, {"run.par", exampleParameters() + "SPECTRUM b\n"}},
+                         "sh -c 'mkfifo b; cat bytes >b & peakbox -i run.par -o report'"),
+              outcome(1, message, kExampleField + exampleTable()))
+        << bytes.size();
+  }
+}
+
+TEST(Spectrum, OnlyTheLastRowOfAnNMRPipeFileMayLackItsEnd) {
+  Plane plane = examplePlane();
+  plane.direct.quadFlag = 0;
+  const std::string whole = writePipe(plane);
+  const std::size_t lastRow = 2048 + 128 * 11;
+  // The box of 3 x 3 points on (14, 10) has the last point in its corner, and every value is 1.
+  const std::string corner =
+      examplePeakHeader() + examplePeakLine({.ppm1 = "1", .width1 = "0", .ppm2 = "1", .width2 = "0"});
+  for (const auto& [length, sum] : {std::pair{lastRow + 60, "8"}, {lastRow + 63, "8"}, {lastRow + 64, "9"}}) {
+    const std::string table = "  1\tx\t1\t1\t" + std::string(sum) + "\n";
+    // What is missing counts as 0 even where the spectrum before had a value.
+    EXPECT_EQ(
+        runExample({{"peaks.xpk", corner},
+                    {"a.ft2", whole},
+                    {"b", whole.substr(0, length)},
+                    {"run.par", exampleParameters() + "SPECTRUM b\nTOLERANCE 0 0\n"}}),
+        outcome(0, "", kExampleField + exampleTable("1: a.ft2\n", "  1\tx\t1\t1\t9\n") + exampleTable("2: b\n", table)))
+        << length;
+  }
+}
+
+TEST(Spectrum, MayComeFromAPipeAsALaterOne) {
+  for (const bool isView : {false, true}) {
+    const std::string bytes = write(isView, examplePlane());
+    EXPECT_EQ(runExample({{"a.ft2", bytes}, {"run.par", exampleParameters() + "SPECTRUM b\n"}},
+                         "sh -c 'mkfifo b; cat a.ft2 >b & peakbox -i run.par -o report'"),
+              outcome(0, "", kExampleField + exampleTable() + exampleTable("2: b\n")));
+  }
+}
+
+TEST(Spectrum, MayHaveNoPoints) {
+  const std::string pipe = writePipe(examplePlane());
+  const std::string view = writeView(examplePlane());
+  Plane halved = examplePlane();
+  halved.direct.quadFlag = halved.indirect.quadFlag = 0;
+  Plane swapped = examplePlane();
+  swapped.swapped = true;
+  std::string noColumns = writePipe(swapped);
+  putReal(noColumns, 4 * 99, 0, true);
+  putReal(noColumns, 4 * 219, 2147483520.0f, true);
+  const std::tuple<std::string, int, std::string> rows[] = {
+      {withPipeWord(pipe, 219, 0.0f), 2, ""},
+      {withPipeWord(pipe, 219, NAN), 2, ""},
+      {withPipeWord(writePipe(halved), 219, 1.0f), 2, ""},
+      {noColumns, 1, kNotice},
+      {with(view, 1024, 0), 1, ""},
+      {with(view, 1152, 0), 2, ""},
+      {with(with(view, 1024, 0), 1152, 0x7fffffff), 1, ""},
+  };
+  for (const auto& [bytes, dimension, notice] : rows) {
+    EXPECT_EQ(
+        runExample({{"a.ft2", bytes}, {"peaks.xpk", examplePeakHeader()}}, "timeout 5 peakbox -i run.par -o report"),
+        outcome(0, notice + notice, kExampleField + exampleTable("1: a.ft2\n", "")));
+    const std::string noPlace = "ERROR: Peak 0 has no valid position in dimension " + std::to_string(dimension) + ".\n";
+    EXPECT_EQ(runExample({{"a.ft2", bytes}}), outcome(1, notice + noPlace));
+  }
+}
+
+TEST(Spectrum, APlaneThatIsTooLargeIsRefused) {
+  std::string bytes = withPipeWord(withPipeWord(writePipe(examplePlane()), 99, 100000.0f), 219, 2147483648.0f);
+  const std::string end = runExample({{"a.ft2", bytes}});
+  EXPECT_TRUE(end.starts_with("status 1\n")) << end;
+  EXPECT_NE(end.find("ERROR: Not enough memory for a data plane of 100000 x 2147483647 points.\n"), std::string::npos)
+      << end;
+}
+
+TEST(Spectrum, EachOneOfASeriesHasItsOwnByteOrderAndTiles) {
+  Files files{{"run.par", exampleParameters() + "SPECTRUM b\nSPECTRUM c\n"}};
+  const std::string report = kExampleField + exampleTable() + exampleTable("2: b\n") + exampleTable("3: c\n");
+  for (const bool isView : {false, true}) {
+    Plane plane = examplePlane();
+    plane.swapped = true;
+    files["a.ft2"] = write(isView, plane);
+    files["c"] = write(isView, plane);
+    plane.swapped = false;
+    plane.direct.tile = 16;
+    files["b"] = write(isView, plane);
+    EXPECT_EQ(runExample(files), outcome(0, kNotice + kNotice + kNotice, report)) << "NMRView " << isView;
+  }
 }
 
 }  // namespace peakbox::test

@@ -4,7 +4,9 @@ namespace peakbox::test {
 
 Plane examplePlane() {
   const auto value = [](int i, int j) { return i == 5 && j == 6 ? 50.0f : i == 10 && j == 3 ? -70.0f : 1.0f; };
-  return {{16, 100, 1600, 0, 5}, {12, 50, 600, 0, 7}, value};
+  return {.direct = {.size = 16, .observeMHz = 100, .sweepWidthHz = 1600, .tile = 5, .name = "1H"},
+          .indirect = {.size = 12, .observeMHz = 50, .sweepWidthHz = 600, .tile = 7, .name = "15N"},
+          .value = value};
 }
 
 std::string examplePeakHeader() {
@@ -12,16 +14,14 @@ std::string examplePeakHeader() {
          "H.L H.P H.W H.B H.E H.J H.U N.L N.P N.W N.B N.E N.J N.U vol int stat comment flag0\n";
 }
 
-std::string examplePeakLine(const std::string& number, const std::string& label, const std::string& ppm1,
-                            const std::string& width1, const std::string& ppm2, const std::string& width2,
-                            const std::string& field17) {
-  return number + " " + label + " " + ppm1 + " 0.1 " + width1 + " ++ {0.0} {} {N}\t" + ppm2 + " 0.1  " + width2 +
-         " ++ {0.0} {} 0.0 0.0 " + field17 + " {} 0\n";
+std::string examplePeakLine(const PeakLine& peak) {
+  return peak.number + " " + peak.label + " " + peak.ppm1 + " 0.1 " + peak.width1 + " ++ {0.0} {} {N}\t" + peak.ppm2 +
+         " 0.1  " + peak.width2 + " ++ {0.0} {} 0.0 0.0 " + peak.field17 + " {} 0\n";
 }
 
 std::string examplePeaks() {
-  return examplePeakHeader() + examplePeakLine("1", "{A1}", "10", "2", "5", "2") +
-         examplePeakLine("2", "{noise2}", "5.2", "2", "8.1", "2");
+  return examplePeakHeader() + examplePeakLine({.number = "1", .label = "{A1}"}) +
+         examplePeakLine({.number = "2", .label = "{noise2}", .ppm1 = "5.2", .ppm2 = "8.1"});
 }
 
 std::string exampleParameters(const std::string& spectra) {

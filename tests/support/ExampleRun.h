@@ -15,11 +15,20 @@ Plane examplePlane();
 /// The two peaks of that plane, "A1" and "noise2", with bounds of one point on each side.
 std::string examplePeaks();
 
-/// The six header lines of a peak list with columns as in `examplePeakLine`.
+/// The fields of a peak's line that are read, as text. Positions and widths are in ppm.
+struct PeakLine {
+  std::string number = "1";
+  std::string label = "x";
+  std::string ppm1 = "10";
+  std::string width1 = "2";
+  std::string ppm2 = "5";
+  std::string width2 = "2";
+  std::string field17 = "0";
+};
+
+/// The six header lines of a peak list with columns as in `examplePeakLine`, and such a line.
 std::string examplePeakHeader();
-std::string examplePeakLine(const std::string& number, const std::string& label, const std::string& ppm1,
-                            const std::string& width1, const std::string& ppm2, const std::string& width2,
-                            const std::string& field17 = "0");
+std::string examplePeakLine(const PeakLine& peak);
 
 /// run.par, with a box of 3 x 3 points and a tolerance of one point.
 std::string exampleParameters(const std::string& spectra = "SPECTRUM a.ft2\n");

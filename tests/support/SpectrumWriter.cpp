@@ -11,7 +11,7 @@ namespace {
 void appendValue(std::string& bytes, const Plane& plane, int i, int j) {
   const bool isInside = i < plane.direct.size && j < plane.indirect.size;
   bytes.append(4, '\0');
-  putReal(bytes, bytes.size() - 4, isInside ? plane.value(i, j) : 1e9f, plane.swapped);
+  putReal(bytes, bytes.size() - 4, isInside ? plane.value(i, j) : plane.unused, plane.swapped);
 }
 
 }  // namespace
@@ -27,7 +27,8 @@ void putReal(std::string& bytes, std::size_t offset, float value, bool swapped) 
 }
 
 std::string writePipe(const Plane& plane) {
-  const auto& [direct, indirect, value, swapped] = plane;
+  const Axis& direct = plane.direct;
+  const Axis& indirect = plane.indirect;
   const float flagSum = direct.quadFlag + indirect.quadFlag;
   const int valuesPerPoint = flagSum == 0 ? 4 : flagSum == 1 ? 2 : 1;
   const int rowsPerPoint = direct.quadFlag == 0 && indirect.quadFlag == 0 ? 2 : 1;
@@ -43,7 +44,7 @@ std::string writePipe(const Plane& plane) {
                                                  {229, indirect.sweepWidthHz},
                                                  {249, indirect.lastPpm * indirect.observeMHz}};
   std::string bytes(2048, '\0');
-  for (const auto& [word, number] : words) putReal(bytes, 4 * word, number, swapped);
+  for (const auto& [word, number] : words) putReal(bytes, 4 * word, number, plane.swapped);
   for (int j = 0; j < indirect.size; ++j) {
     for (int i = 0; i < direct.size * valuesPerPoint; ++i) appendValue(bytes, plane, i, j);
   }
@@ -51,20 +52,21 @@ std::string writePipe(const Plane& plane) {
 }
 
 std::string writeView(const Plane& plane) {
-  const auto& [direct, indirect, value, swapped] = plane;
+  const Axis& direct = plane.direct;
+  const Axis& indirect = plane.indirect;
   std::string bytes(2048, '\0');
-  putWord(bytes, 0, 0x3418abcd, swapped);
-  putWord(bytes, 24, 2, swapped);
-  for (const std::size_t block : {1024, 1152}) {
-    const Axis& axis = block == 1024 ? direct : indirect;
-    putWord(bytes, block, static_cast<std::uint32_t>(axis.size), swapped);
-    putWord(bytes, block + 4, static_cast<std::uint32_t>(axis.tile), swapped);
-    putReal(bytes, block + 24, axis.observeMHz, swapped);
-    putReal(bytes, block + 28, axis.sweepWidthHz, swapped);
-    putReal(bytes, block + 32, static_cast<float>(axis.size - 1), swapped);
-    putReal(bytes, block + 36, axis.lastPpm, swapped);
-    putWord(bytes, block + 40, 3, swapped);
-    bytes.replace(block + 52, 2, block == 1024 ? "1H" : "15");
+  putWord(bytes, 0, 0x3418abcd, plane.swapped);
+  putWord(bytes, 24, 2, plane.swapped);
+  for (const Axis* axis : {&direct, &indirect}) {
+    const std::size_t block = axis == &direct ? 1024 : 1152;
+    putWord(bytes, block, static_cast<std::uint32_t>(axis->size), plane.swapped);
+    putWord(bytes, block + 4, static_cast<std::uint32_t>(axis->tile), plane.swapped);
+    putReal(bytes, block + 24, axis->observeMHz, plane.swapped);
+    putReal(bytes, block + 28, axis->sweepWidthHz, plane.swapped);
+    putReal(bytes, block + 32, static_cast<float>(axis->size - 1), plane.swapped);
+    putReal(bytes, block + 36, axis->lastPpm, plane.swapped);
+    putWord(bytes, block + 40, 3, plane.swapped);
+    bytes.replace(block + 52, axis->name.size(), axis->name);
   }
   const int tileSize = direct.tile * indirect.tile;
   for (int j = 0; j < indirect.size; j += indirect.tile) {

@@ -12,9 +12,10 @@ struct Axis {
   std::int32_t size;
   float observeMHz;
   float sweepWidthHz;
-  float lastPpm;
+  float lastPpm = 0;
   std::int32_t tile = 1;
   float quadFlag = 1;
+  std::string name = {};  // at most 16 bytes, written to NMRView files
 };
 
 /// A spectrum to be written; `value(i, j)` is point i of the direct and j of the indirect dimension, from 0.
@@ -23,12 +24,13 @@ struct Plane {
   Axis indirect;
   std::function<float(int i, int j)> value;
   bool swapped = false;
+  float unused = 1e9f;  // stands in padding and for what complex data have besides the real values
 };
 
-/// The bytes of a whole NMRPipe file. Values that complex data have besides the real ones are written as 1e9.
+/// The bytes of a whole NMRPipe file.
 std::string writePipe(const Plane& plane);
 
-/// The bytes of a whole NMRView file in the axes' tiles. Padding is written as 1e9.
+/// The bytes of a whole NMRView file in the axes' tiles.
 std::string writeView(const Plane& plane);
 
 /// Replaces the 4-byte word at `offset`.

@@ -32,11 +32,18 @@ Plane makePlane(int number, float shift = 0) {
     }
     return sum;
   };
-  return {{64, 100, 6400, 100, 16}, {48, 50, 2400, 10, 12}, value};
+  return {.direct = {.size = 64, .observeMHz = 100, .sweepWidthHz = 6400, .lastPpm = 100, .tile = 16},
+          .indirect = {.size = 48, .observeMHz = 50, .sweepWidthHz = 2400, .lastPpm = 10, .tile = 12},
+          .value = value};
 }
 
 std::string peakAt(const std::string& number, const std::string& label, int i, int j, const std::string& width = "4") {
-  return examplePeakLine(number, label, std::to_string(163 - i), width, std::to_string(57 - j), width);
+  return examplePeakLine({.number = number,
+                          .label = label,
+                          .ppm1 = std::to_string(163 - i),
+                          .width1 = width,
+                          .ppm2 = std::to_string(57 - j),
+                          .width2 = width});
 }
 
 const std::string kPeaks = peakAt("1", "{A1}", 20, 10) + peakAt("2", "{B2}", 40, 30) + peakAt("3", "{C3}", 12, 34) +

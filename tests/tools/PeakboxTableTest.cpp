@@ -61,6 +61,8 @@ TEST(PeakboxTable, SaysWhatIsWrong) {
     EXPECT_EQ(runExample({}, "peakbox-table " + arguments),
               outcome(2, "usage: peakbox-table [-e] [-d DIR] [REPORT]\n"));
   }
+  EXPECT_EQ(runExample({}, "peakbox-table </dev/null"),
+            outcome(1, "peakbox-table: standard input: no table found" + early));
   for (const std::string report : {"nowhere", "."}) {
     EXPECT_EQ(runExample({}, "peakbox-table " + report), outcome(1, "peakbox-table: " + report + ": cannot be read\n"));
   }
@@ -76,6 +78,10 @@ TEST(PeakboxTable, WritesFilesNamedForTheLabels) {
       outcome(
           0, several + "1 goes to H_-1\n" + several + "2 goes to H_-2\n", "(no file)",
           "H_-1\nH_-2\n_._a_b\n_rf\npeak-4\n# Peak 2: H\"\n# Parameter\tIntensity\tUncertainty\n0\t20\t3.53553e+08\n"));
+  // The report's first peak is one of several, too.
+  EXPECT_EQ(runExample({{"r.txt", series(peak("1", "A") + peak("2", "A") + kNoise)}},
+                       "peakbox-table -d . r.txt 2>/dev/null && ls A*"),
+            outcome(0, "", "(no file)", "A-1\nA-2\n"));
   for (const std::string command : {"peakbox-table -d r.txt r.txt", "mkdir _rf; peakbox-table -d . r.txt"}) {
     EXPECT_TRUE(runExample({{"r.txt", report}}, command).starts_with("status 1\n"));
   }
