@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -15,8 +16,10 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <memory>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -39,12 +42,16 @@ using namespace peakbox;
 namespace fs = std::filesystem;
 
 // What is told and what is not, so that a healthy series gives no finding.
-constexpr double kSureHeight = 5.0;        // noise of a point below which a peak is not trusted
-constexpr double kSameMHz = 0.01;          // relative: people round the MHz of a list
-constexpr double kSameAxisPoints = 0.1;    // of a later spectrum against the first
-constexpr double kMovedPoints = 1.0;       // median of all peaks of a spectrum
-constexpr std::size_t kFewestMoved = 3;    // peaks that a median needs
-constexpr std::size_t kMostPartners = 20;  // overlapping boxes that are told of one peak
+constexpr double kSureHeight = 5.0;            // noise of a point below which a peak is not trusted
+constexpr double kSignalHeight = 10.0;         // noise of a point above which a noise peak lies on a signal
+constexpr double kSameMHz = 0.01;              // relative: people round the MHz of a list
+constexpr double kSameAxisPoints = 0.1;        // of a later spectrum against the first
+constexpr double kMovedPoints = 0.75;          // median of the peaks of a spectrum; tops are known to a fraction
+constexpr std::size_t kFewestPeaks = 3;        // that say something of a whole spectrum
+constexpr std::size_t kMostPartners = 3;       // overlapping boxes that are told of one peak
+constexpr std::size_t kMostPairs = 10000;      // overlapping boxes that are told at all
+constexpr std::size_t kMostFindings = 1000;    // of one stage
+constexpr std::size_t kMostCharacters = 1000;  // of one finding
 
 constexpr std::size_t kHeaderLines = 6;
 
@@ -64,9 +71,11 @@ class Findings {
 
   /// Prints all of them; false when that failed.
   bool print() {
-    for (auto& stage : stages) {
+    for (std::size_t k = 0; k < stages.size(); ++k) {
+      auto& stage = stages[k];
       std::stable_sort(stage.begin(), stage.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
       for (const auto& [line, text] : stage) std::cout << text << '\n';
+      if (leftOut[k] > 0) std::cout << "peakbox-check: warning: " << leftOut[k] << " more findings of this stage\n";
     }
     return static_cast<bool>(std::cout.flush());
   }
@@ -75,8 +84,14 @@ class Findings {
 
  private:
   void add(Stage stage, const std::string& file, std::int64_t line, const std::string& text) {
+    if (stages[stage].size() == kMostFindings) {
+      ++leftOut[stage];
+      return;
+    }
     const std::string place = line > 0 ? file + ":" + std::to_string(line) : file;
-    stages[stage].emplace_back(line, showControls(place + ": " + text));
+    std::string finding = place + ": " + text;
+    if (finding.size() > kMostCharacters) finding = finding.substr(0, kMostCharacters) + "...";
+    stages[stage].emplace_back(line, showControls(finding));
   }
 
   /// Control characters as they are written in source code.
@@ -97,6 +112,7 @@ class Findings {
   }
 
   std::array<std::vector<std::pair<std::int64_t, std::string>>, 4> stages;
+  std::array<std::size_t, 4> leftOut{};
   bool hasErrors = false;
 };
 
@@ -108,8 +124,12 @@ std::string textOf(const RunEnd& end) {
   return text;
 }
 
-/// All of a file; an open stream of its own, since a pipe can be read only once.
-std::string readAll(std::istream& stream) { return {std::istreambuf_iterator<char>(stream), {}}; }
+/// All that can be read of a file.
+std::string readAll(std::istream& stream) {
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
 
 std::vector<std::string> splitLines(const std::string& text) {
   std::vector<std::string> lines;
@@ -132,7 +152,20 @@ bool hasTextBehindNumber(const char* text) {
 
 /// Digits, and no leading zero that would make them octal.
 bool isPlainDecimal(const std::string& text) {
-  return text == "0" || (!text.empty() && text[0] != '0' && text.find_first_not_of("0123456789") == std::string::npos);
+  const bool hasDigitsOnly = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+  return text == "0" || (hasDigitsOnly && text[0] != '0' && text.size() < 10);
+}
+
+std::vector<std::string> splitWords(const std::string& line) {
+  std::istringstream stream(line);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+/// The first number of a line that is written with a decimal comma.
+std::string findDecimalComma(const std::string& line) {
+  static const std::regex pattern("[ \t]([-+]?[0-9]+,[0-9]+)([ \t]|$)");
+  std::smatch match;
+  return std::regex_search(line, match, pattern) ? match[1].str() : "";
 }
 
 /// "1, 3 to 5 and 8"
@@ -162,15 +195,17 @@ double takeMedian(std::vector<double>& values) {
   return *middle;
 }
 
-/// 1.4826 times the median absolute deviation of the plane's finite values: the standard deviation of its noise.
-double estimateNoise(const Spectrum& spectrum) {
+/// 1.4826 times the median absolute deviation of the plane's finite values, the standard deviation of its noise: of all
+/// values, or of about so many spread over the plane.
+double estimateNoise(const Spectrum& spectrum, std::int64_t sampleSize = std::numeric_limits<std::int64_t>::max()) {
+  const std::int64_t size1 = spectrum.getSize(0);
+  const std::int64_t count = size1 * spectrum.getSize(1);
+  const std::int64_t step = count / sampleSize | 1;
   std::vector<double> values;
-  values.reserve(static_cast<std::size_t>(spectrum.getSize(0)) * static_cast<std::size_t>(spectrum.getSize(1)));
-  for (int j = 0; j < spectrum.getSize(1); ++j) {
-    for (int i = 0; i < spectrum.getSize(0); ++i) {
-      const double value = spectrum.getData()[i][j];
-      if (std::isfinite(value)) values.push_back(value);
-    }
+  values.reserve(static_cast<std::size_t>(count / step + 1));
+  for (std::int64_t n = 0; n < count; n += step) {
+    const double value = spectrum.getData()[n % size1][n / size1];
+    if (std::isfinite(value)) values.push_back(value);
   }
   if (values.empty()) return 0.0;
   const double median = takeMedian(values);
@@ -182,28 +217,36 @@ double estimateNoise(const Spectrum& spectrum) {
 struct PlaneContents {
   std::uint64_t fingerprint = 0;
   std::int64_t notFinite = 0;
-  bool isAllZero = true;
+  std::int64_t zeroRows = 0;
+  bool isConstant = true;
 };
 
 PlaneContents surveyPlane(const Spectrum& spectrum) {
   PlaneContents contents;
+  const double first = spectrum.getData()[0][0];
   for (int j = 0; j < spectrum.getSize(1); ++j) {
+    bool isZeroRow = true;
     for (int i = 0; i < spectrum.getSize(0); ++i) {
       const double value = spectrum.getData()[i][j];
       contents.fingerprint = (contents.fingerprint ^ std::bit_cast<std::uint64_t>(value)) * 0x9e3779b97f4a7c15u;
       contents.fingerprint ^= contents.fingerprint >> 32;
       contents.notFinite += !std::isfinite(value);
-      contents.isAllZero = contents.isAllZero && value == 0.0;
+      contents.isConstant = contents.isConstant && value == first;
+      isZeroRow = isZeroRow && value == 0.0;
     }
+    contents.zeroRows += isZeroRow;
   }
   return contents;
 }
 
-/// Whether a file is there that is neither an ordinary one nor a folder: reading a pipe would use it up.
-bool isUnusual(const std::string& path) {
+/// Why a file is not read: a folder or a device would give nothing, or without end, and a pipe would be used up. Empty
+/// for an ordinary file and for one that is not there.
+std::string describeUnusual(const std::string& path) {
   std::error_code ignored;
   const fs::file_status status = fs::status(path, ignored);
-  return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+  if (fs::is_directory(status)) return "this is a folder";
+  if (fs::is_fifo(status)) return "this is a pipe, and so not checked";
+  return fs::exists(status) && !fs::is_regular_file(status) ? "this is no regular file" : "";
 }
 
 /// The files of formats that people try although peakbox does not read them.
@@ -217,7 +260,7 @@ std::string describeForeignFile(const std::string& path) {
   if (start.starts_with("\x89HDF")) return "this is an HDF5 file";
   if (start.starts_with("\x1f\x8b")) return "this is a compressed file; unpack it first";
   if (name == "2rr" || name == "ser" || name == "fid") return "this is a file of a Bruker data set";
-  if (start.empty()) return "this is an empty file";
+  if (stream.eof() && start.empty()) return "this is an empty file";
   return "";
 }
 
@@ -234,10 +277,15 @@ std::string describeForeignList(const std::vector<std::string>& lines) {
   return "";
 }
 
-/// Takes the carriage returns out of Windows line ends, so that what else is wrong can be found.
-std::string removeCarriageReturns(const std::string& text, Findings& findings, Findings::Stage stage,
-                                  const std::string& file) {
-  const std::size_t first = text.find("\r\n");
+/// Makes Unix lines of what Windows and old Macs write, so that what else is wrong can be found.
+std::string mendLines(std::string text, Findings& findings, Findings::Stage stage, const std::string& file) {
+  if (text.starts_with("\xef\xbb\xbf")) {
+    text.erase(0, 3);
+    if (stage == Findings::Parameters) {
+      findings.error(stage, file, 1, "begins with a byte-order mark, as Windows editors write it; take it out");
+    }
+  }
+  const std::size_t first = text.find('\r');
   if (first == std::string::npos) return text;
   const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(first), '\n');
   findings.error(
@@ -246,7 +294,8 @@ std::string removeCarriageReturns(const std::string& text, Findings& findings, F
       "last value; take them out, for instance with dos2unix");
   std::string unixText;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') unixText += text[i];
+    if (text[i] != '\r') unixText += text[i];
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] != '\n') unixText += '\n';
   }
   return unixText;
 }
@@ -279,14 +328,20 @@ class ParameterCheck {
   const std::string file;
   RunSettings& settings;
   Findings& findings;
+  std::vector<std::string> lines;
   std::map<std::string, std::int64_t> lineOfKeyword;
   std::int64_t toleranceLine = 0;  // of the one that counts
 };
 
 void ParameterCheck::run() {
+  // It may come from a pipe, which is read here and nowhere else.
+  const std::string unusual = describeUnusual(file);
+  if (!unusual.empty() && !fs::is_fifo(file)) return error(0, unusual);
   std::ifstream opened(file);
   if (!opened.is_open()) return error(0, "ERROR: Unable to open '" + file + "'");
-  std::istringstream stream(removeCarriageReturns(readAll(opened), findings, Findings::Parameters, file));
+  const std::string text = mendLines(readAll(opened), findings, Findings::Parameters, file);
+  lines = splitLines(text);
+  std::istringstream stream(text);
   const auto accept = [&](std::int64_t line, const auto& step) {
     try {
       step();
@@ -304,7 +359,7 @@ void ParameterCheck::run() {
   }
   accept(0, [&] { settings.refuseNoSpectrum(); });
   if (!lineOfKeyword.contains("BOXSIZE")) accept(0, [&] { settings.getBoxSize(0); });
-  if (!lineOfKeyword.contains("PEAKLIST")) error(0, "no PEAKLIST specified (ERROR: Unable to open '')");
+  if (!lineOfKeyword.contains("PEAKLIST")) error(0, "no PEAKLIST specified");
 }
 
 void ParameterCheck::noteKeyword(std::int64_t line) {
@@ -325,6 +380,13 @@ void ParameterCheck::checkValues(std::int64_t line) {
   if (isAt("BOXSIZE")) checkBoxSize(line);
   if (isAt("TOLERANCE")) checkTolerance(line);
   if (isAt("SPECTRUM")) checkSpectrumLine(line);
+  const std::vector<std::string>& tokens = settings.getTokens();
+  if (isAt("FIELD") && (!isNumber(tokens[1].c_str()) || hasTextBehindNumber(tokens[1].c_str()))) {
+    warning(line, "FIELD '" + tokens[1] + "' is no number");
+  }
+  if ((isAt("FIELD") || isAt("PEAKLIST")) && tokens.size() > 2 && tokens[2][0] != '#') {
+    warning(line, "only '" + tokens[1] + "' counts, and not '" + tokens[2] + "' behind it");
+  }
 }
 
 void ParameterCheck::checkBoxSize(std::int64_t line) {
@@ -359,6 +421,8 @@ void ParameterCheck::checkSpectrumLine(std::int64_t line) {
   const auto comment = std::find_if(tokens.begin() + 2, tokens.end(), [](const auto& word) { return word[0] == '#'; });
   if (comment != tokens.end()) {
     warning(line, "'" + *comment + "' begins no comment here: this and what follows count as words of the spectrum");
+  } else if (const std::string number = findDecimalComma(lines[static_cast<std::size_t>(line - 1)]); !number.empty()) {
+    warning(line, "'" + number + "' is read as two words, since a comma separates words; write a decimal point");
   } else if (tokens.size() > 4) {
     warning(line, "nothing keeps the words from '" + tokens[4] + "' on: a spectrum has at most two");
   }
@@ -369,7 +433,7 @@ void ParameterCheck::checkTolerancePoints(const Spectrum& spectrum) {
   const double tolerances[] = {settings.getTolerance1(), settings.getTolerance2()};
   for (const int dim : {0, 1}) {
     const double points = spectrum.hzToPoints(tolerances[dim], dim);
-    if (!(points > 0.0 && points < 1.0)) continue;
+    if (!(points > 0.0 && points < 0.999)) continue;
     const std::string value = realToText(tolerances[dim]);
     const std::string place = " of dimension " + std::to_string(dim + 1);
     warning(toleranceLine, "TOLERANCE" + place + ", " + value + " Hz, is less than a point (" +
@@ -392,17 +456,20 @@ void ParameterCheck::checkReport(const std::string& report) {
   if (fs::is_directory(report, ignored)) return refuse("the report cannot be written: this is a folder");
   if (fs::exists(report, ignored)) {
     if (access(report.c_str(), W_OK) != 0) return refuse("the report cannot be written: no permission");
+    if (!fs::is_regular_file(report, ignored)) return;
     std::ifstream stream(report);
     std::string line;
-    const bool isReport =
-        !std::getline(stream, line) || line.starts_with("# FIELD(MHz): ") || line.starts_with("# SPECTRUM ");
-    if (fs::is_regular_file(report, ignored) && !isReport)
+    if (std::getline(stream, line) && !line.starts_with("# FIELD(MHz): ") && !line.starts_with("# SPECTRUM ")) {
       refuse("the report would overwrite a file that is no report");
+    }
     return;
   }
-  const fs::path folder = fs::path(report).has_parent_path() ? fs::path(report).parent_path() : ".";
-  if (report.empty() || !fs::is_directory(folder, ignored))
-    return refuse("the report cannot be created: no such folder");
+  if (report.empty()) return findings.error(Findings::Parameters, "-o", 0, "the report has no name");
+  // What a link points to is created.
+  const fs::path target = fs::is_symlink(report, ignored) ? fs::weakly_canonical(report, ignored) : fs::path(report);
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
+  if (!fs::is_directory(folder, ignored)) return refuse("the report cannot be created: no such folder");
+  if (target.filename().native().size() > NAME_MAX) return refuse("the report cannot be created: its name is too long");
   if (access(folder.c_str(), W_OK | X_OK) != 0) refuse("the report cannot be created: no permission in its folder");
 }
 
@@ -413,7 +480,11 @@ struct ListedPeaks {
   std::vector<std::int64_t> lines;
 
   /// How a finding begins that concerns peak `j`.
-  std::string nameOf(std::size_t j) const { return list->getLabel(static_cast<int>(j)); }
+  std::string nameOf(std::size_t j) const {
+    const std::string& label = list->getLabel(static_cast<int>(j));
+    return label.empty() ? "peak " + std::to_string(list->getNumber(static_cast<int>(j))) : label;
+  }
+  bool isNoise(std::size_t j) const { return nameOf(j).find("noise") != std::string::npos; }
 };
 
 /// Reads the peak list, as far as it can be read, and places its peaks by the axes of the first spectrum.
@@ -462,20 +533,23 @@ class PeakListCheck {
 
 ListedPeaks PeakListCheck::run() {
   if (peaks.file.empty()) return std::move(peaks);
-  std::ifstream opened(peaks.file);
+  const std::string unusual = describeUnusual(peaks.file);
+  std::ifstream opened;
+  if (unusual.empty()) opened.open(peaks.file);
   if (!opened.is_open()) {
-    error(0, "ERROR: Unable to open '" + peaks.file + "'");
+    error(0, unusual.empty() ? "ERROR: Unable to open '" + peaks.file + "'" : unusual);
     return std::move(peaks);
   }
-  const std::string text = removeCarriageReturns(readAll(opened), findings, Findings::Peaks, peaks.file);
+  const std::string text = mendLines(readAll(opened), findings, Findings::Peaks, peaks.file);
   const std::vector<std::string> lines = splitLines(text);
   if (!readHeader(lines)) return std::move(peaks);
   for (std::size_t i = kHeaderLines; i < lines.size(); ++i) readPeak(lines[i], static_cast<std::int64_t>(i) + 1);
   if (!text.ends_with('\n')) {
     const auto last = static_cast<std::int64_t>(lines.size());
     const bool isPeak = !peaks.lines.empty() && peaks.lines.back() == last;
-    error(last, "no newline ends the last line, so that " +
-                    (isPeak ? "peak " + peaks.nameOf(peaks.lines.size() - 1) : std::string("it")) + " is lost");
+    if (isPeak) {
+      error(last, "no newline ends the last line, so that peak " + peaks.nameOf(peaks.lines.size() - 1) + " is lost");
+    }
   }
   if (peaks.lines.empty()) error(0, "no peaks");
   usable = hasAxes && isComplete && !peaks.lines.empty();
@@ -518,6 +592,13 @@ bool PeakListCheck::readHeader(const std::vector<std::string>& lines) {
                  name2 + ".B that line 2 asks for");
     return false;
   }
+  for (std::int32_t field = 1; const auto& name : splitWords(lines[5])) {
+    if (name == "stat" && field != 17) {
+      warning(6, "the column stat is field " + std::to_string(field + 1) +
+                     " of a line, but peakbox looks for deleted peaks in the 18th");
+    }
+    ++field;
+  }
   isComplete = std::none_of(std::begin(columns), std::end(columns), isMissing);
   for (const auto& [column, name, meaning] : columns) {
     if (column == 0) error(6, "no column " + name + ": the peak number would be read as the " + meaning);
@@ -532,7 +613,8 @@ void PeakListCheck::readPeak(const std::string& text, std::int64_t line) {
     peaks.list->readPeaks(stream, spectrum);
   } catch (const RunEnd& end) {
     const bool isEmpty = text.find_first_not_of(" \t") == std::string::npos;
-    return error(line, std::string(isEmpty ? "empty line" : "too few fields") + ", which ends the run: " + textOf(end));
+    const std::string what = isEmpty ? "empty line" : "too few fields (it begins with '" + text.substr(0, 20) + "')";
+    return error(line, what + ", which ends the run: " + textOf(end));
   }
   if (peaks.list->getCount() == countBefore) return;  // a deleted peak
   peaks.lines.push_back(line);
@@ -571,7 +653,7 @@ void PeakListCheck::checkRepetition(std::int64_t line) {
   const int j = peaks.list->getCount() - 1;
   const std::string& label = peaks.list->getLabel(j);
   const auto [withLabel, isNewLabel] = lineOfLabel.emplace(label, line);
-  if (!isNewLabel)
+  if (!isNewLabel && !label.empty() && !peaks.isNoise(peaks.lines.size() - 1))
     warning(line, label + ": the peak of line " + std::to_string(withLabel->second) + " has this label too");
   const std::int32_t number = peaks.list->getNumber(j);
   const auto [withNumber, isNewNumber] = lineOfNumber.emplace(number, line);
@@ -620,18 +702,17 @@ void PeakListCheck::checkDimensions() {
   }
   const std::size_t half = (peaks.lines.size() + 1) / 2;
   const bool positionsExchanged = exchanged >= half && straight < half;
-  const bool positionsFit = straight >= half && exchanged < half;
-  if (!positionsExchanged && !(frequenciesExchanged && !positionsFit)) return;
+  if (!positionsExchanged && !frequenciesExchanged) return;
   error(2, std::string("the dimensions are exchanged: the ") + (positionsExchanged ? "positions" : "MHz of line 5") +
                " fit the spectrum only the other way round; line 2 must name the direct dimension first, and the "
                "spectrum must not "
                "be transposed");
-  usable = false;
+  usable = !positionsExchanged;
 }
 
 /// Whether the list's only peak lies so far off that no spectrum can mean it; folding it would take seconds.
 bool PeakListCheck::isFarOff(const PeakList& alone) const {
-  constexpr double kMostSizes = 1e6;
+  constexpr double kMostSizes = 1e4;
   for (const int dim : {0, 1}) {
     const double reach = std::fabs(alone.getPosition(0, dim)) + std::fabs(alone.getBoundsWidth(0, dim));
     if (reach > kMostSizes * spectrum.getSize(dim) && std::isfinite(reach)) return true;
@@ -652,7 +733,7 @@ void PeakListCheck::dropUnplaceable() {
     alone.readHeader(lines);
     alone.readPeaks(lines, spectrum);
     if (isFarOff(alone)) {
-      error(peaks.lines[j], peaks.nameOf(j) + ": more than a million spectral widths outside the spectrum");
+      error(peaks.lines[j], peaks.nameOf(j) + ": more than 10000 spectral widths outside the spectrum");
       continue;
     }
     try {
@@ -697,7 +778,8 @@ class MeasurementCheck {
         boxes(static_cast<unsigned>(listed.list->getCount()), settings.getTolerance1(), settings.getTolerance2()),
         places(listed.lines.size()),
         isLost(listed.lines.size()),
-        flankSpectra(listed.lines.size()) {}
+        flankSpectra(listed.lines.size()),
+        tops(listed.lines.size()) {}
 
   /// Measures spectrum `k` of the run, from 0; the first one comes first.
   void measure(int k, const Spectrum& spectrum);
@@ -715,13 +797,28 @@ class MeasurementCheck {
     std::vector<int> sharedSpectra;
     std::int64_t mostShared = 0;
   };
+  /// The top of a peak in the first spectrum, if it is sure, and the last spectrum that shows it with the same sign.
+  struct Top {
+    bool isSure = false;
+    double sign = 1;
+    Place place;
+    std::array<double, 2> exact{};
+    int lastSeen = 0;
+  };
 
   void measurePeak(int k, std::size_t j, const Spectrum& spectrum);
   void checkHeight(std::size_t j, const Spectrum& spectrum);
   void checkPairs(int k);
+  void findTops(const Spectrum& spectrum);
   void checkMovement(int k, const Spectrum& spectrum);
+  void checkDisplacement(int k, const Spectrum& spectrum);
+  void tellMovement(const std::string& file, std::vector<double>& moved, int dim, const std::string& text);
+  void tellVanished();
+
+  bool isSure(double value) const { return std::fabs(value) > 0 && std::fabs(value) >= kSureHeight * noise; }
   bool isOnFlank(const Spectrum& spectrum, const Place& place, bool along1, bool along2, Place& higher) const;
-  bool isNoise(std::size_t j) const { return peaks.nameOf(j).find("noise") != std::string::npos; }
+  Place climb(const Spectrum& spectrum, Place place) const;
+  bool isNoise(std::size_t j) const { return peaks.isNoise(j); }
 
   void error(std::size_t j, const std::string& text) {
     findings.error(Findings::Measurement, peaks.file, peaks.lines[j], peaks.nameOf(j) + ": " + text);
@@ -734,19 +831,22 @@ class MeasurementCheck {
   const ListedPeaks& peaks;
   Findings& findings;
   BoxTable boxes;
-  double noise = 0.0;  // of a point of the first spectrum
+  double noise = 0.0;  // of a point of the spectrum in hand
   bool movesAlong1 = true;
   bool movesAlong2 = true;
-  std::vector<Place> places;       // in the spectrum in hand
-  std::vector<Place> firstPlaces;  // in the first spectrum
-  std::vector<bool> isLost;        // the run would have ended at this peak
+  std::vector<Place> places;  // in the spectrum in hand
+  std::vector<bool> isLost;   // the run would have ended at this peak
   std::vector<std::vector<int>> flankSpectra;
   std::map<std::pair<std::size_t, std::size_t>, Pair> pairs;
+  std::vector<Top> tops;
+  std::map<int, std::vector<std::size_t>> vanished;  // the sure peaks that many spectra do not show, by spectrum
+  std::size_t lowPeaks = 0;
 };
 
 void MeasurementCheck::measure(int k, const Spectrum& spectrum) {
+  constexpr std::int64_t kSampleSize = 1 << 16;
+  noise = k == 0 ? estimateNoise(spectrum) : estimateNoise(spectrum, kSampleSize);
   if (k == 0) {
-    noise = estimateNoise(spectrum);
     boxes.placeBoxes(spectrum, *peaks.list);
     takeMessages();
   }
@@ -754,7 +854,7 @@ void MeasurementCheck::measure(int k, const Spectrum& spectrum) {
     if (!isLost[j]) measurePeak(k, j, spectrum);
   }
   if (k == 0) {
-    firstPlaces = places;
+    findTops(spectrum);
     boxes.recentreBoxes(peaks.list->getCount());
     movesAlong1 = spectrum.hzToPoints(settings.getTolerance1(), 0) >= 1.0;
     movesAlong2 = spectrum.hzToPoints(settings.getTolerance2(), 1) >= 1.0;
@@ -781,19 +881,25 @@ void MeasurementCheck::measurePeak(int k, std::size_t j, const Spectrum& spectru
                      peaks.nameOf(j) + ": no data point in its search area, so that the nearest two are searched");
   }
   places[j] = {std::llround(boxes.getExtent1(peak).centre), std::llround(boxes.getExtent2(peak).centre)};
-  if (isNoise(j)) return;
   if (k == 0) checkHeight(j, spectrum);
   Place higher;
-  if (isOnFlank(spectrum, places[j], k == 0 || movesAlong1, k == 0 || movesAlong2, higher)) {
+  if (!isNoise(j) && isOnFlank(spectrum, places[j], k == 0 || movesAlong1, k == 0 || movesAlong2, higher)) {
     flankSpectra[j].push_back(k + 1);
   }
 }
 
 void MeasurementCheck::checkHeight(std::size_t j, const Spectrum& spectrum) {
   const double height = spectrum.getData()[places[j].a][places[j].b];
-  if (!(std::fabs(height) < kSureHeight * noise)) return;
-  warning(j,
-          "height " + realToText(height) + " is below 5 times the noise of the first spectrum, " + realToText(noise));
+  if (isNoise(j)) {
+    if (noise > 0 && std::fabs(height) >= kSignalHeight * noise) {
+      warning(j, "its height " + realToText(height) + " is above 10 times the noise, " + realToText(noise) +
+                     ": no place for a noise peak");
+    }
+  } else if (!isSure(height)) {
+    ++lowPeaks;
+    warning(j,
+            "height " + realToText(height) + " is below 5 times the noise of the first spectrum, " + realToText(noise));
+  }
 }
 
 /// Whether a neighbouring point is higher by more than the noise; `higher` is then the highest one. Points that are
@@ -802,7 +908,7 @@ bool MeasurementCheck::isOnFlank(const Spectrum& spectrum, const Place& place, b
                                  Place& higher) const {
   const DataPlane& data = spectrum.getData();
   const double value = data[place.a][place.b];
-  if (!(std::fabs(value) >= kSureHeight * noise)) return false;
+  if (!isSure(value)) return false;
   const double sign = value < 0 ? -1.0 : 1.0;
   double highest = sign * value + noise;
   bool found = false;
@@ -818,26 +924,137 @@ bool MeasurementCheck::isOnFlank(const Spectrum& spectrum, const Place& place, b
   return found;
 }
 
-/// From the points of the first spectrum uphill to those of this one, however narrow the tolerance is.
-void MeasurementCheck::checkMovement(int k, const Spectrum& spectrum) {
+MeasurementCheck::Place MeasurementCheck::climb(const Spectrum& spectrum, Place place) const {
   constexpr int kMostSteps = 10;
+  Place higher;
+  for (int step = 0; step < kMostSteps && isOnFlank(spectrum, place, true, true, higher); ++step) place = higher;
+  return place;
+}
+
+/// A top between the points, from the parabolas through it and its neighbours.
+std::array<double, 2> interpolateTop(const Spectrum& spectrum, std::int64_t a, std::int64_t b) {
+  const auto offset = [](double before, double top, double after) {
+    const double curvature = before - 2 * top + after;
+    return std::clamp(curvature == 0 ? 0.0 : 0.5 * (before - after) / curvature, -0.5, 0.5);
+  };
+  const DataPlane& data = spectrum.getData();
+  std::array<double, 2> top{static_cast<double>(a), static_cast<double>(b)};
+  if (a > 0 && a + 1 < spectrum.getSize(0)) top[0] += offset(data[a - 1][b], data[a][b], data[a + 1][b]);
+  if (b > 0 && b + 1 < spectrum.getSize(1)) top[1] += offset(data[a][b - 1], data[a][b], data[a][b + 1]);
+  return top;
+}
+
+/// The tops of the first spectrum; if those of most peaks are not where they were found, the list is displaced.
+void MeasurementCheck::findTops(const Spectrum& spectrum) {
   std::vector<double> moved[2];
   for (std::size_t j = 0; j < places.size(); ++j) {
-    if (isLost[j] || isNoise(j)) continue;
-    Place place = firstPlaces[j];
-    for (int step = 0; step < kMostSteps && isOnFlank(spectrum, place, true, true, place); ++step) {
-    }
-    if (!(std::fabs(spectrum.getData()[place.a][place.b]) >= kSureHeight * noise)) continue;
-    moved[0].push_back(static_cast<double>(place.a - firstPlaces[j].a));
-    moved[1].push_back(static_cast<double>(place.b - firstPlaces[j].b));
+    const double value = spectrum.getData()[places[j].a][places[j].b];
+    if (isLost[j] || isNoise(j) || !isSure(value)) continue;
+    const Place top = climb(spectrum, places[j]);
+    tops[j] = {true, value < 0 ? -1.0 : 1.0, top, interpolateTop(spectrum, top.a, top.b), 0};
+    moved[0].push_back(static_cast<double>(top.a - places[j].a));
+    moved[1].push_back(static_cast<double>(top.b - places[j].b));
   }
   for (const int dim : {0, 1}) {
-    if (moved[dim].size() < kFewestMoved) return;
-    const double median = takeMedian(moved[dim]);
-    if (std::fabs(median) < kMovedPoints) continue;
+    tellMovement(peaks.file, moved[dim], dim, "most peaks of the list are off their tops in the first spectrum");
+  }
+}
+
+/// From the tops of the first spectrum uphill to those of this one, however narrow the tolerance is.
+void MeasurementCheck::checkMovement(int k, const Spectrum& spectrum) {
+  std::vector<double> moved[2];
+  std::vector<std::size_t> missing;
+  for (std::size_t j = 0; j < tops.size(); ++j) {
+    if (!tops[j].isSure) continue;
+    const Place top = climb(spectrum, tops[j].place);
+    const double value = spectrum.getData()[top.a][top.b];
+    if (!isSure(value)) {
+      missing.push_back(j);
+      continue;
+    }
+    if (value * tops[j].sign > 0) tops[j].lastSeen = k;
+    const std::array<double, 2> exact = interpolateTop(spectrum, top.a, top.b);
+    for (const std::size_t d : {0U, 1U}) moved[d].push_back(exact[d] - tops[j].exact[d]);
+  }
+  if (missing.size() > moved[0].size() / 2) {
+    vanished[k] = missing;
+    return checkDisplacement(k, spectrum);
+  }
+  for (const int dim : {0, 1}) {
+    tellMovement(settings.getSpectrumFile(k), moved[dim], dim, "all peaks have moved against the first spectrum");
+  }
+}
+
+/// Where most peaks are not seen any more, they may be seen elsewhere: tries all displacements up to 64 points.
+void MeasurementCheck::checkDisplacement(int k, const Spectrum& spectrum) {
+  constexpr std::int64_t kReach = 64;
+  constexpr std::size_t kEnoughPeaks = 40;
+  std::vector<const Top*> sure;
+  for (const Top& top : tops) {
+    if (top.isSure && sure.size() < kEnoughPeaks) sure.push_back(&top);
+  }
+  double bestSum = 0;
+  std::size_t bestSeen = 0;
+  Place best;
+  for (std::int64_t a = -kReach; a <= kReach; ++a) {
+    for (std::int64_t b = -kReach; b <= kReach; ++b) {
+      double sum = 0;
+      std::size_t seen = 0;
+      for (const Top* top : sure) {
+        const Place place{top->place.a + a, top->place.b + b};
+        if (place.a < 0 || place.a >= spectrum.getSize(0) || place.b < 0 || place.b >= spectrum.getSize(1)) continue;
+        const double value = top->sign * spectrum.getData()[place.a][place.b];
+        if (!(value > 0) || !isSure(value)) continue;
+        sum += std::min(value, 4 * kSureHeight * noise);
+        ++seen;
+      }
+      if (sum <= bestSum) continue;
+      bestSum = sum;
+      bestSeen = seen;
+      best = {a, b};
+    }
+  }
+  if (bestSeen < kFewestPeaks || bestSeen * 10 < sure.size() * 6) return;
+  vanished.erase(k);
+  std::vector<double> moved[2] = {std::vector<double>(bestSeen, static_cast<double>(best.a)),
+                                  std::vector<double>(bestSeen, static_cast<double>(best.b))};
+  for (const int dim : {0, 1}) {
+    tellMovement(settings.getSpectrumFile(k), moved[dim], dim, "all peaks have moved against the first spectrum");
+  }
+}
+
+/// Tells of a movement that most peaks share.
+void MeasurementCheck::tellMovement(const std::string& file, std::vector<double>& moved, int dim,
+                                    const std::string& text) {
+  if (moved.size() < kFewestPeaks) return;
+  const double median = takeMedian(moved);
+  if (std::fabs(median) < kMovedPoints) return;
+  const auto followers = static_cast<std::size_t>(std::count_if(
+      moved.begin(), moved.end(), [=](double points) { return std::fabs(points - median) < 0.5 * std::fabs(median); }));
+  if (followers * 10 < moved.size() * 8) return;
+  findings.warning(Findings::Measurement, file, 0,
+                   text + ", by about " + realToText(std::round(10 * median) / 10) + " points in dimension " +
+                       std::to_string(dim + 1));
+}
+
+/// Peaks that a spectrum does not show although the first one and a later one do.
+void MeasurementCheck::tellVanished() {
+  const auto sure =
+      static_cast<std::size_t>(std::count_if(tops.begin(), tops.end(), [](const Top& top) { return top.isSure; }));
+  for (const auto& [k, missing] : vanished) {
+    const auto isSeenLater = [&, number = k](std::size_t j) { return tops[j].lastSeen > number; };
+    const auto count = static_cast<std::size_t>(std::count_if(missing.begin(), missing.end(), isSeenLater));
+    if (count < kFewestPeaks || 2 * count <= sure) continue;
     findings.warning(Findings::Measurement, settings.getSpectrumFile(k), 0,
-                     "all peaks have moved by " + realToText(median) + " points in dimension " +
-                         std::to_string(dim + 1) + " against the first spectrum (median)");
+                     std::to_string(count) + " of " + std::to_string(sure) +
+                         " peaks that the first and a later spectrum show are not seen here: another sample, a wrong "
+                         "plane or one that was not processed?");
+  }
+  if (lowPeaks >= kFewestPeaks && 2 * lowPeaks > places.size()) {
+    findings.warning(
+        Findings::Measurement, peaks.file, 0,
+        std::to_string(lowPeaks) + " of " + std::to_string(places.size()) +
+            " peaks are in the noise of the first spectrum: a list of another sample, or another reference?");
   }
 }
 
@@ -860,7 +1077,9 @@ void MeasurementCheck::checkPairs(int k) {
       if (distance1 > reach1) break;
       if (distance2 > reach2) continue;
       ++partners;
-      Pair& pair = pairs[std::minmax(order[i], order[n])];
+      const auto entries = std::minmax(order[i], order[n]);
+      if (pairs.size() == kMostPairs && !pairs.contains(entries)) continue;
+      Pair& pair = pairs[entries];
       (distance1 == 0 && distance2 == 0 ? pair.sameSpectra : pair.sharedSpectra).push_back(k + 1);
       pair.mostShared = std::max(pair.mostShared, (reach1 + 1 - distance1) * (reach2 + 1 - distance2));
     }
@@ -868,6 +1087,7 @@ void MeasurementCheck::checkPairs(int k) {
 }
 
 void MeasurementCheck::finish() {
+  tellVanished();
   for (const auto& [entries, pair] : pairs) {
     const auto [first, second] = entries;
     const std::string other = peaks.nameOf(first) + " (line " + std::to_string(peaks.lines[first]) + ")";
@@ -901,8 +1121,10 @@ class SpectraCheck {
 
  private:
   bool load(int k);
+  bool hasAxes(int k);
   bool checkHeader(int k);
-  bool checkAxisOrder(int k);
+  static std::string describeOrder(const std::string& path, const Spectrum& ofFile);
+  void checkComplex(int k);
   bool checkLength(int k);
   void checkAxes(int k);
   bool checkContents(int k);
@@ -921,27 +1143,43 @@ class SpectraCheck {
   bool hasFirstHeader = false;
   SpectrumFormat firstFormat = SpectrumFormat::None;
   std::array<std::array<double, 2>, 2> firstEnds{};  // ppm of the first and the last point of either dimension
+  std::array<double, 2> firstMHz{};
   std::unordered_map<std::uint64_t, int> spectrumOfContents;
 };
 
 bool SpectraCheck::readFirstHeader() {
   if (settings.getSpectrumCount() == 0) return false;
   const std::string path = settings.getSpectrumFile(0);
-  if (isUnusual(path)) return false;
+  if (!describeUnusual(path).empty()) return false;
   try {
     spectrum.readHeader(path.c_str(), false);
+    takeMessages();
     firstFormat = spectrum.getFormat();
-    hasFirstHeader = true;
-    for (const int dim : {0, 1}) {
-      if (spectrum.getSize(dim) > 0) continue;
-      error(0, "dimension " + std::to_string(dim + 1) + " has no data points");
-      hasFirstHeader = false;
-    }
+    hasFirstHeader = hasAxes(0);
+    return hasFirstHeader && describeOrder(path, spectrum).empty();
   } catch (const RunEnd& end) {
+    takeMessages();
     error(0, textOf(end) + explain(path));
+    return false;
   }
-  takeMessages();
-  return hasFirstHeader;
+}
+
+/// Whether points and ppm can be turned into each other.
+bool SpectraCheck::hasAxes(int k) {
+  bool isGood = true;
+  for (const int dim : {0, 1}) {
+    const double perPoint = spectrum.pointToPpm(0, dim) - spectrum.pointToPpm(1, dim);
+    const std::string name = "dimension " + std::to_string(dim + 1);
+    if (spectrum.getSize(dim) == 0) {
+      error(k, name + " has no data points");
+    } else if (!std::isfinite(perPoint) || perPoint == 0) {
+      error(k, "the sweep width or the frequency of " + name + " is 0 or no number");
+    } else {
+      continue;
+    }
+    isGood = false;
+  }
+  return isGood;
 }
 
 void SpectraCheck::run(MeasurementCheck* measurement) {
@@ -956,10 +1194,10 @@ void SpectraCheck::run(MeasurementCheck* measurement) {
 
 bool SpectraCheck::load(int k) {
   const std::string path = settings.getSpectrumFile(k);
-  if (isUnusual(path)) {
-    warning(k, "not a regular file, and so not checked");
-    return false;
-  }
+  const std::string unusual = describeUnusual(path);
+  if (fs::is_fifo(path)) warning(k, unusual);
+  if (!unusual.empty() && !fs::is_fifo(path)) error(k, unusual);
+  if (!unusual.empty()) return false;
   if (k == 0 && !hasFirstHeader) return false;  // already told
   try {
     if (hasFirstHeader) {
@@ -981,16 +1219,23 @@ bool SpectraCheck::load(int k) {
 /// What else can be said of a file that is refused.
 std::string SpectraCheck::explain(const std::string& path) const {
   std::error_code ignored;
-  if (fs::is_directory(path, ignored)) return " (this is a folder)";
+  if (fs::is_symlink(path, ignored) && !fs::exists(path, ignored)) return " (this is a link that leads nowhere)";
   if (!fs::exists(path, ignored)) return " (there is no such file)";
+  if (access(path.c_str(), R_OK) != 0) return " (no permission to read it)";
   const std::string foreign = describeForeignFile(path);
   if (!foreign.empty()) return " (" + foreign + ")";
   try {
     Spectrum alone;
     alone.readHeader(path.c_str(), false);
     takeMessages();
-    if (hasFirstHeader && alone.getFormat() != firstFormat)
+    if (hasFirstHeader && alone.getFormat() != firstFormat) {
       return " (it does not have the format of the first spectrum)";
+    }
+    const std::string order = describeOrder(path, alone);
+    if (!order.empty()) return " (" + order + ")";
+    const std::uintmax_t bytes = fs::file_size(path, ignored);
+    const std::uintmax_t wanted = FileHeader::kSize + 4 * alone.countDataWords();
+    if (bytes < wanted) return " (truncated: " + std::to_string(wanted - bytes) + " bytes are missing)";
   } catch (const RunEnd&) {
     takeMessages();
   }
@@ -998,33 +1243,39 @@ std::string SpectraCheck::explain(const std::string& path) const {
 }
 
 bool SpectraCheck::checkHeader(int k) {
-  const bool isInOrder = checkAxisOrder(k);
+  if (!hasAxes(k)) return false;
+  const std::string order = describeOrder(settings.getSpectrumFile(k), spectrum);
+  if (!order.empty()) error(k, order);
   const bool isWhole = checkLength(k);
-  if (isInOrder) checkAxes(k);
-  return isInOrder && isWhole;
+  if (order.empty()) checkAxes(k);
+  checkComplex(k);
+  return order.empty() && isWhole;
 }
 
-bool SpectraCheck::checkAxisOrder(int k) {
-  if (spectrum.getFormat() != SpectrumFormat::NMRPipe) return true;
-  std::ifstream stream(settings.getSpectrumFile(k), std::ios::binary);
+/// What is wrong with the order of the axes of an NMRPipe file; empty where nothing is, or where that is not known.
+std::string SpectraCheck::describeOrder(const std::string& path, const Spectrum& ofFile) {
+  if (ofFile.getFormat() != SpectrumFormat::NMRPipe) return "";
+  std::ifstream stream(path, std::ios::binary);
   const FileHeader header(stream);
-  const auto word = [&](std::size_t index) { return header.getTruncated(4 * index, spectrum.isByteSwapped()); };
+  const auto word = [&](std::size_t index) { return header.getTruncated(4 * index, ofFile.isByteSwapped()); };
   const std::int32_t fastest = word(24);
   const std::int32_t second = word(25);
+  if (word(221) == 1 || (fastest != 0 && fastest != 2)) {
+    return "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places";
+  }
+  if (second == 0 || second == 1) return "";
+  return "the second axis is number " + std::to_string(second) + " of its experiment, and peakbox reads number 1";
+}
+
+void SpectraCheck::checkComplex(int k) {
+  if (spectrum.getFormat() != SpectrumFormat::NMRPipe) return;
+  std::ifstream stream(settings.getSpectrumFile(k), std::ios::binary);
+  const FileHeader header(stream);
   for (const int dim : {0, 1}) {
-    if (word(dim == 0 ? 56 : 55) != 0) continue;
+    const std::size_t flagWord = dim == 0 ? 56 : 55;
+    if (header.getTruncated(4 * flagWord, spectrum.isByteSwapped()) != 0) continue;
     warning(k, "complex data in dimension " + std::to_string(dim + 1) + ", of which the real values are measured");
   }
-  if (word(221) == 1 || (fastest != 0 && fastest != 2)) {
-    error(k,
-          "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places");
-    return false;
-  }
-  if (second != 0 && second != 1) {
-    error(k, "the second axis is number " + std::to_string(second) + " of its experiment, and peakbox reads number 1");
-    return false;
-  }
-  return true;
 }
 
 bool SpectraCheck::checkLength(int k) {
@@ -1046,6 +1297,12 @@ void SpectraCheck::checkAxes(int k) {
     const auto d = static_cast<std::size_t>(dim);
     const int last = spectrum.getSize(dim) - 1;
     const std::array<double, 2> ends{spectrum.pointToPpm(0, dim), spectrum.pointToPpm(last, dim)};
+    const double mhz = spectrum.getObserveMHz(dim);
+    if (k == 0) firstMHz[d] = mhz;
+    if (std::fabs(mhz - firstMHz[d]) > kSameMHz * std::fabs(firstMHz[d])) {
+      warning(k, "dimension " + std::to_string(dim + 1) + " was recorded at " + realToText(mhz) +
+                     " MHz, that of the first spectrum at " + realToText(firstMHz[d]) + " MHz");
+    }
     if (k == 0) firstEnds[d] = ends;
     const double perPoint = (firstEnds[d][0] - firstEnds[d][1]) / std::max(last, 1);
     const double shift1 = (ends[0] - firstEnds[d][0]) / perPoint;
@@ -1060,9 +1317,14 @@ void SpectraCheck::checkAxes(int k) {
 bool SpectraCheck::checkContents(int k) {
   const PlaneContents contents = surveyPlane(spectrum);
   if (contents.notFinite > 0) warning(k, std::to_string(contents.notFinite) + " values are NaN or infinite");
-  if (contents.isAllZero) {
-    warning(k, "nothing but zeros");
-    return true;
+  if (contents.isConstant) {
+    const double value = spectrum.getData()[0][0];
+    warning(k, value == 0 ? "nothing but zeros" : "all values are " + realToText(value));
+    return false;
+  }
+  if (contents.zeroRows * 20 > spectrum.getSize(1)) {
+    warning(k, std::to_string(contents.zeroRows) + " of " + std::to_string(spectrum.getSize(1)) +
+                   " rows are nothing but zeros");
   }
   const auto [earlier, isNew] = spectrumOfContents.emplace(contents.fingerprint, k);
   if (isNew) return true;
