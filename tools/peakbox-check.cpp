@@ -45,7 +45,7 @@ constexpr double kSureHeight = 5.0;            // noise of a point below which a
 constexpr double kSignalHeight = 10.0;         // noise of a point above which a noise peak lies on a signal
 constexpr double kSameMHz = 0.01;              // relative: people round the MHz of a list
 constexpr double kSameAxisPoints = 0.1;        // of a later spectrum against the first
-constexpr double kMovedPoints = 0.75;          // median of the peaks of a spectrum; tops are known to a fraction
+constexpr double kMovedPoints = 0.85;          // median of the peaks of a spectrum; tops are known to a fraction
 constexpr std::size_t kFewestPeaks = 3;        // that say something of a whole spectrum
 constexpr std::size_t kMostPartners = 3;       // overlapping boxes that are told of one peak
 constexpr std::size_t kMostPairs = 10000;      // overlapping boxes that are told at all
@@ -216,7 +216,7 @@ double estimateNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
 struct PlaneContents {
   std::uint64_t fingerprint = 0;
   std::int64_t notFinite = 0;
-  std::int64_t zeroRows = 0;
+  std::int64_t zeroRows = 0;  // at the plane's end
   bool isConstant = true;
 };
 
@@ -242,7 +242,7 @@ PlaneContents surveyPlane(const Spectrum& spectrum) {
     }
     contents.notFinite += notFinite;
     contents.fingerprint = (contents.fingerprint ^ (rowSum >> 29 | rowSum << 35)) * kFactor;
-    contents.zeroRows += anyBits == 0;
+    contents.zeroRows = anyBits == 0 ? contents.zeroRows + 1 : 0;
   }
   contents.isConstant = differences == 0;
   return contents;
@@ -1349,9 +1349,9 @@ bool SpectraCheck::checkContents(int k) {
     warning(k, value == 0 ? "nothing but zeros" : "all values are " + realToText(value));
     return false;
   }
-  if (contents.zeroRows * 20 > spectrum.getSize(1)) {
-    warning(k, std::to_string(contents.zeroRows) + " of " + std::to_string(spectrum.getSize(1)) +
-                   " rows are nothing but zeros");
+  if (contents.zeroRows * 8 > spectrum.getSize(1)) {
+    warning(k, "the last " + std::to_string(contents.zeroRows) + " of " + std::to_string(spectrum.getSize(1)) +
+                   " rows are nothing but zeros: did its processing end early?");
   }
   const auto [earlier, isNew] = spectrumOfContents.emplace(contents.fingerprint, k);
   if (isNew) return true;
