@@ -855,7 +855,8 @@ class MeasurementCheck {
   std::vector<std::vector<int>> flankSpectra;
   std::map<std::pair<std::size_t, std::size_t>, Pair> pairs;
   std::vector<Top> tops;
-  std::map<int, Gap> gaps;  // by spectrum
+  std::map<int, Gap> gaps;                         // by spectrum
+  std::map<int, std::vector<std::size_t>> turned;  // the peaks of the other sign than in the first one
   std::size_t lowPeaks = 0;
 };
 
@@ -983,6 +984,7 @@ void MeasurementCheck::findTops(const Spectrum& spectrum) {
 void MeasurementCheck::checkMovement(int k, const Spectrum& spectrum) {
   std::vector<double> moved[2];
   std::vector<std::size_t> missing;
+  std::vector<std::size_t> opposite;
   for (std::size_t j = 0; j < tops.size(); ++j) {
     if (!tops[j].isSure) continue;
     const Place top = climb(spectrum, tops[j].place);
@@ -994,6 +996,8 @@ void MeasurementCheck::checkMovement(int k, const Spectrum& spectrum) {
     if (value * tops[j].sign > 0) {
       tops[j].lastSeen = k;
       tops[j].lastHeight = std::fabs(value);
+    } else {
+      opposite.push_back(j);
     }
     const std::array<double, 2> exact = interpolateTop(spectrum, top.a, top.b);
     for (const std::size_t d : {0U, 1U}) moved[d].push_back(exact[d] - tops[j].exact[d]);
@@ -1004,6 +1008,7 @@ void MeasurementCheck::checkMovement(int k, const Spectrum& spectrum) {
     gap.noise = noise;
     return checkDisplacement(k, spectrum);
   }
+  if (opposite.size() * 10 >= moved[0].size() * 8) turned[k] = opposite;
   for (const int dim : {0, 1}) {
     tellMovement(settings.getSpectrumFile(k), moved[dim], dim, "all peaks have moved against the first spectrum");
   }
@@ -1029,7 +1034,7 @@ void MeasurementCheck::checkDisplacement(int k, const Spectrum& spectrum) {
         if (place.a < 0 || place.a >= spectrum.getSize(0) || place.b < 0 || place.b >= spectrum.getSize(1)) continue;
         const double value = top->sign * spectrum.getData()[place.a][place.b];
         if (!(value > 0) || !isSure(value)) continue;
-        sum += std::min(value, 4 * kSureHeight * noise);
+        sum += std::min(value / top->height, 1.0);
         ++seen;
       }
       if (sum <= bestSum) continue;
@@ -1061,7 +1066,7 @@ void MeasurementCheck::tellMovement(const std::string& file, std::vector<double>
                        std::to_string(dim + 1));
 }
 
-/// Peaks that a spectrum does not show although the first one and a later one do.
+/// Peaks that a spectrum does not show, or with the other sign, although the first one and a later one do.
 void MeasurementCheck::tellVanished() {
   const auto sure =
       static_cast<std::size_t>(std::count_if(tops.begin(), tops.end(), [](const Top& top) { return top.isSure; }));
@@ -1076,6 +1081,13 @@ void MeasurementCheck::tellVanished() {
                      std::to_string(count) + " of " + std::to_string(sure) +
                          " peaks that the first and a later spectrum show are not seen here: another sample, a wrong "
                          "plane or one that was not processed?");
+  }
+  for (const auto& [k, opposite] : turned) {
+    const auto count = static_cast<std::size_t>(std::count_if(
+        opposite.begin(), opposite.end(), [&, number = k](std::size_t j) { return tops[j].lastSeen > number; }));
+    if (count < kFewestPeaks || count * 10 < opposite.size() * 8) continue;
+    findings.warning(Findings::Measurement, settings.getSpectrumFile(k), 0,
+                     "the peaks have the other sign than in the first and in a later spectrum: was it phased alike?");
   }
   if (lowPeaks >= kFewestPeaks && 2 * lowPeaks > places.size()) {
     findings.warning(

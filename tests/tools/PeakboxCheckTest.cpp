@@ -132,6 +132,10 @@ TEST(PeakboxCheck, NamesTheFaultsOfTheParameterFile) {
        "run.par:4: warning: TOLERANCE of dimension 2, 49 Hz, is less than a point (50 Hz) and acts as 0\n"},
       {"run.par", "SPECTRUM s1", "peaklist peaks.xpk\nSPECTRUM s1",
        "run.par:5: warning: PEAKLIST again: this line counts, not line 3\n"},
+      {"run.par", "s2 1", "s2 0,1", "run.par:6: error: ERROR(line #6): Insufficent parameters.\n"},
+      {"run.par", "s1 0\nSPECTRUM s2 1\nSPECTRUM s3 2", "s1 0,5\nSPECTRUM s2 1 5\nSPECTRUM s3 2 \"",
+       "run.par:5: warning: '0,5' is read as two words, since a comma separates words; write a decimal point\n"},
+      {"run.par", "peaks.xpk", ".", ".: error: this is a folder\n"},
       {"run.par", "s1 0\nSPECTRUM s2 1\nSPECTRUM s3 2", "s1 0 a b",
        "run.par:5: warning: nothing keeps the words from 'b' on: a spectrum has at most two\n"},
   });
@@ -300,6 +304,23 @@ TEST(PeakboxCheck, NamesWhatIsOddAboutTheMeasurement) {
                                "peaks.xpk:9: warning: C3" + flank);
   replaceIn(files["run.par"], "200 100", "0 0");
   EXPECT_EQ(findIn(files), moved);
+  files["s3"] = writePipe(makePlane(3, -9));
+  EXPECT_EQ(findIn(files),
+            "s3: warning: all peaks have moved against the first spectrum, by about -9 points in dimension 1\n");
+
+  // A plane of other peaks, and one with the other sign, between planes that are right.
+  Plane other = makePlane(2);
+  other.value = [](int i, int j) { return static_cast<float>((i * 7919 + j * 104729) % 2001) / 1000.0f - 1.0f; };
+  files = makeSeries();
+  files["s2"] = writePipe(other);
+  EXPECT_EQ(findIn(files),
+            "s2: warning: 3 of 3 peaks that the first and a later spectrum show are not seen here: another sample, a "
+            "wrong plane or one that was not processed?\n");
+  other.value = [turned = makePlane(2).value](int i, int j) { return -turned(i, j); };
+  files["s2"] = writePipe(other);
+  EXPECT_EQ(
+      findIn(files),
+      "s2: warning: the peaks have the other sign than in the first and in a later spectrum: was it phased alike?\n");
 }
 
 }  // namespace peakbox::test
