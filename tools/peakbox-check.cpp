@@ -475,7 +475,8 @@ void ParameterCheck::checkReport(const std::string& report) {
   }
   if (report.empty()) return findings.error(Findings::Parameters, "-o", 0, "the report has no name");
   // What a link points to is created.
-  const fs::path target = fs::is_symlink(report, ignored) ? fs::weakly_canonical(report, ignored) : fs::path(report);
+  fs::path target = report;
+  if (fs::is_symlink(target, ignored)) target = target.parent_path() / fs::read_symlink(target, ignored);
   const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
   if (!fs::is_directory(folder, ignored)) return refuse("the report cannot be created: no such folder");
   if (target.filename().native().size() > NAME_MAX) return refuse("the report cannot be created: its name is too long");
