@@ -23,9 +23,8 @@ class DataPlane {
   /// are written. Returns false, leaving a plane of 0 x 0, when the system refuses the memory.
   bool resize(std::ptrdiff_t newSize1, std::ptrdiff_t newSize2);
 
-  /// Asks the system for huge pages or for small ones, where it has both. Huge ones make a large plane that is written
-  /// from one end to the other three times as fast; with small ones a plane that is written here and there takes no
-  /// more memory than a small page for each place.
+  /// Asks the system for huge pages or for small ones, where it has both. With huge ones a large plane is written up to
+  /// three times as fast; with small ones a point here and there takes no more memory than a small page.
   void advisePages(bool huge);
 
   std::ptrdiff_t getSize1() const { return size1; }

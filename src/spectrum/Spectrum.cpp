@@ -136,9 +136,11 @@ void Spectrum::allocateData() {
     fail("ERROR: Not enough memory for a data plane of " + std::to_string(sizes[0]) + " x " + std::to_string(sizes[1]) +
          " points.\n");
   }
-  // An NMRPipe file fills the plane from one end to the other. The words of an NMRView file may lie a page apart each,
-  // and a short one must not take more memory than that.
-  data.advisePages(formatCode == SpectrumFormat::NMRPipe);
+  // A row of tiles is filled here and there until it is whole: where it is very large, a short file could make far more
+  // memory resident than it has bytes, and pages should be small.
+  constexpr std::int64_t kMostPoints = 1 << 23;
+  const std::int64_t tileHeight = formatCode == SpectrumFormat::NMRView ? blockSizes[1] : 1;
+  data.advisePages(sizes[0] * tileHeight <= kMostPoints);
 }
 
 void Spectrum::setByteSwapped() {
