@@ -35,7 +35,7 @@ std::int32_t foldExtent(BoxExtent& extent, int j, int dim, double size) {
 BoxExtent placeExtent(const PeakList& peaks, int j, int dim) {
   const double centre = peaks.getPosition(j, dim);
   const double width = peaks.getBoundsWidth(j, dim);
-  return {centre, centre - 0.5 * width, centre + 0.5 * width};
+  return {.centre = centre, .low = centre - 0.5 * width, .high = centre + 0.5 * width};
 }
 
 }  // namespace
