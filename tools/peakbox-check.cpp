@@ -1,24 +1,24 @@
 // peakbox-check [-o REPORT] PARAMETER-FILE: reads what a run of peakbox would read, does what it would do, and says
 // what is wrong with it: see peakbox-check(1).
 
-#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cctype>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <memory>
-#include <regex>
+#include <new>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -123,6 +123,12 @@ std::string textOf(const RunEnd& end) {
   return text;
 }
 
+/// peakbox's text with the number that a peak has in the list as it is, where unusable peaks count.
+std::string withPeakNumber(std::string text, const std::string& old, const std::string& now) {
+  const std::size_t place = text.find(old);
+  return place == std::string::npos ? text : text.replace(place, old.size(), now);
+}
+
 /// All that can be read of a file.
 std::string readAll(std::istream& stream) {
   std::ostringstream text;
@@ -162,9 +168,15 @@ std::vector<std::string> splitWords(const std::string& line) {
 
 /// The first number of a line that is written with a decimal comma.
 std::string findDecimalComma(const std::string& line) {
-  static const std::regex pattern("[ \t]([-+]?[0-9]+,[0-9]+)([ \t]|$)");
-  std::smatch match;
-  return std::regex_search(line, match, pattern) ? match[1].str() : "";
+  for (const std::string& word : splitWords(line)) {
+    const std::size_t comma = word.find(',');
+    const bool isInside = comma != std::string::npos && comma > 0 && comma + 1 < word.size();
+    if (isInside && word.find_first_not_of("0123456789", word[0] == '-' ? 1 : 0) == comma &&
+        word.find_first_not_of("0123456789", comma + 1) == std::string::npos) {
+      return word;
+    }
+  }
+  return "";
 }
 
 /// "1, 3 to 5 and 8"
@@ -304,7 +316,8 @@ std::string mendLines(std::string text, Findings& findings, Findings::Stage stag
   std::string unixText;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '\r') unixText += text[i];
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] != '\n') unixText += '\n';
+    const bool isLineEnd = text[i] == '\r' && i + 1 < text.size() && text[i + 1] != '\n' && text[i + 1] != '\r';
+    if (isLineEnd) unixText += '\n';
   }
   return unixText;
 }
@@ -488,6 +501,7 @@ struct ListedPeaks {
   std::string file;
   std::unique_ptr<PeakList> list = std::make_unique<PeakList>();
   std::vector<std::int64_t> lines;
+  std::vector<std::size_t> positions;  // in the list as it is
 
   /// How a finding begins that concerns peak `j`.
   std::string nameOf(std::size_t j) const {
@@ -531,7 +545,7 @@ class PeakListCheck {
   const bool hasAxes;
   Findings& findings;
   ListedPeaks peaks;
-  std::string header;
+  PeakList columns;                // a list without peaks
   std::vector<std::string> texts;  // the peaks' lines
   std::vector<bool> hasNumbers;    // in all fields of these that are read
   std::unordered_map<std::string, std::int64_t> lineOfLabel;
@@ -577,10 +591,12 @@ bool PeakListCheck::readHeader(const std::vector<std::string>& lines) {
     error(0, refusal + ": " + (kind.empty() ? "fewer than six header lines" : kind));
     return false;
   }
+  std::string header;
   for (std::size_t i = 0; i < kHeaderLines; ++i) header += lines[i] + "\n";
   std::istringstream stream(header);
   try {
-    peaks.list->readHeader(stream);
+    columns.readHeader(stream);
+    *peaks.list = columns;
   } catch (const RunEnd& end) {
     error(2, refusal + ": line 2 does not name two dimensions (" + textOf(end) + ")");
     return false;
@@ -590,14 +606,14 @@ bool PeakListCheck::readHeader(const std::vector<std::string>& lines) {
   names.readLine(secondLine);
   const std::string name1 = names.getField(0);
   const std::string name2 = names.getField(1);
-  const std::tuple<std::int32_t, std::string, std::string> columns[] = {
+  const std::tuple<std::int32_t, std::string, std::string> named[] = {
       {peaks.list->getLabelColumn(), name1 + ".L", "label"},
       {peaks.list->getPositionColumn(0), name1 + ".P", "position in dimension 1"},
       {peaks.list->getBoundsColumn(0), name1 + ".B", "width in dimension 1"},
       {peaks.list->getPositionColumn(1), name2 + ".P", "position in dimension 2"},
       {peaks.list->getBoundsColumn(1), name2 + ".B", "width in dimension 2"}};
   const auto isMissing = [](const auto& column) { return std::get<0>(column) == 0; };
-  if (std::all_of(std::begin(columns), std::end(columns), isMissing)) {
+  if (std::all_of(std::begin(named), std::end(named), isMissing)) {
     error(6, refusal + ": none of the columns " + name1 + ".L, " + name1 + ".P, " + name1 + ".B, " + name2 + ".P and " +
                  name2 + ".B that line 2 asks for");
     return false;
@@ -609,8 +625,8 @@ bool PeakListCheck::readHeader(const std::vector<std::string>& lines) {
     }
     ++field;
   }
-  isComplete = std::none_of(std::begin(columns), std::end(columns), isMissing);
-  for (const auto& [column, name, meaning] : columns) {
+  isComplete = std::none_of(std::begin(named), std::end(named), isMissing);
+  for (const auto& [column, name, meaning] : named) {
     if (column == 0) error(6, "no column " + name + ": the peak number would be read as the " + meaning);
   }
   return true;
@@ -734,14 +750,12 @@ bool PeakListCheck::isFarOff(const PeakList& alone) const {
 void PeakListCheck::dropUnplaceable() {
   ListedPeaks kept;
   kept.file = peaks.file;
-  std::istringstream headerStream(header);
-  kept.list->readHeader(headerStream);
+  *kept.list = columns;
   for (std::size_t j = 0; j < texts.size(); ++j) {
     if (!hasNumbers[j]) continue;
-    PeakList alone;
-    std::istringstream lines(header + texts[j] + "\n");
-    alone.readHeader(lines);
-    alone.readPeaks(lines, spectrum);
+    PeakList alone = columns;
+    std::istringstream aloneLine(texts[j] + "\n");
+    alone.readPeaks(aloneLine, spectrum);
     if (isFarOff(alone)) {
       error(peaks.lines[j], peaks.nameOf(j) + ": more than 10000 spectral widths outside the spectrum");
       continue;
@@ -749,14 +763,14 @@ void PeakListCheck::dropUnplaceable() {
     try {
       BoxTable(1, settings.getTolerance1(), settings.getTolerance2()).placeBoxes(spectrum, alone);
     } catch (const RunEnd& end) {
-      std::string text = textOf(end);
-      text.replace(text.find("Peak 0"), 6, "Peak " + std::to_string(j));
+      const std::string text = withPeakNumber(textOf(end), "Peak 0", "Peak " + std::to_string(j));
       error(peaks.lines[j], peaks.nameOf(j) + ": no place in the spectrum, which ends the run: " + text);
       continue;
     }
     std::istringstream line(texts[j] + "\n");
     kept.list->readPeaks(line, spectrum);
     kept.lines.push_back(peaks.lines[j]);
+    kept.positions.push_back(j);
   }
   takeMessages();
   peaks = std::move(kept);
@@ -889,7 +903,9 @@ void MeasurementCheck::measurePeak(int k, std::size_t j, const Spectrum& spectru
     isLost[j] = true;
     takeMessages();
     return error(j, "the run ends at this peak in spectrum " + std::to_string(k + 1) + ", " +
-                        settings.getSpectrumFile(k) + ": " + textOf(end));
+                        settings.getSpectrumFile(k) + ": " +
+                        withPeakNumber(textOf(end), "peak #" + std::to_string(peak) + " ",
+                                       "peak #" + std::to_string(peaks.positions[j]) + " "));
   }
   const bool hadNoPoints = takeMessages().find("No data points") != std::string::npos;
   const bool hasWidth = peaks.list->getBoundsWidth(peak, 0) > 0 && peaks.list->getBoundsWidth(peak, 1) > 0;
@@ -1045,6 +1061,7 @@ void MeasurementCheck::checkDisplacement(int k, const Spectrum& spectrum) {
     }
   }
   if (bestSeen < kFewestPeaks || bestSeen * 10 < sure.size() * 6) return;
+  if (std::abs(best.a) < 1 && std::abs(best.b) < 1) return;
   gaps.erase(k);
   std::vector<double> moved[2] = {std::vector<double>(bestSeen, static_cast<double>(best.a)),
                                   std::vector<double>(bestSeen, static_cast<double>(best.b))};
@@ -1106,7 +1123,9 @@ void MeasurementCheck::checkPairs(int k) {
   for (std::size_t j = 0; j < places.size(); ++j) {
     if (!isLost[j]) order.push_back(j);
   }
-  std::sort(order.begin(), order.end(), [&](std::size_t i, std::size_t j) { return places[i].a < places[j].a; });
+  std::sort(order.begin(), order.end(), [&](std::size_t i, std::size_t j) {
+    return std::tie(places[i].a, places[i].b, i) < std::tie(places[j].a, places[j].b, j);
+  });
   for (std::size_t i = 0; i < order.size(); ++i) {
     std::size_t partners = 0;
     for (std::size_t n = i + 1; n < order.size() && partners < kMostPartners; ++n) {
@@ -1115,12 +1134,13 @@ void MeasurementCheck::checkPairs(int k) {
       const std::int64_t distance1 = place2.a - place1.a;
       const std::int64_t distance2 = std::abs(place2.b - place1.b);
       if (distance1 > reach1) break;
-      if (distance2 > reach2) continue;
+      const bool isSame = distance1 == 0 && distance2 == 0;  // these come first
+      if (distance2 > reach2 || (!isSame && (isNoise(order[i]) || isNoise(order[n])))) continue;
       ++partners;
       const auto entries = std::minmax(order[i], order[n]);
-      if (pairs.size() == kMostPairs && !pairs.contains(entries)) continue;
+      if (pairs.size() >= kMostPairs && !isSame && !pairs.contains(entries)) continue;
       Pair& pair = pairs[entries];
-      (distance1 == 0 && distance2 == 0 ? pair.sameSpectra : pair.sharedSpectra).push_back(k + 1);
+      (isSame ? pair.sameSpectra : pair.sharedSpectra).push_back(k + 1);
       pair.mostShared = std::max(pair.mostShared, (reach1 + 1 - distance1) * (reach2 + 1 - distance2));
     }
   }
@@ -1133,7 +1153,7 @@ void MeasurementCheck::finish() {
     const std::string other = peaks.nameOf(first) + " (line " + std::to_string(peaks.lines[first]) + ")";
     if (!pair.sameSpectra.empty()) {
       error(second, "measured at the same point as " + other + " in " + describeSpectra(pair.sameSpectra));
-    } else if (!isNoise(first) && !isNoise(second)) {
+    } else {
       // Both boxes lie in the plane, so they have no more points than that.
       const std::int64_t boxPoints =
           (std::int64_t{2} * settings.getBoxSize(0) + 1) * (std::int64_t{2} * settings.getBoxSize(1) + 1);
@@ -1181,6 +1201,7 @@ class SpectraCheck {
   Findings& findings;
   Spectrum spectrum;
   bool hasFirstHeader = false;
+  bool isFirstInOrder = false;
   SpectrumFormat firstFormat = SpectrumFormat::None;
   std::array<std::array<double, 2>, 2> firstEnds{};  // ppm of the first and the last point of either dimension
   std::array<double, 2> firstMHz{};
@@ -1196,7 +1217,13 @@ bool SpectraCheck::readFirstHeader() {
     takeMessages();
     firstFormat = spectrum.getFormat();
     hasFirstHeader = hasAxes(0);
-    return hasFirstHeader && describeOrder(path, spectrum).empty();
+    isFirstInOrder = describeOrder(path, spectrum).empty();
+    for (const int dim : {0, 1}) {
+      firstMHz[static_cast<std::size_t>(dim)] = spectrum.getObserveMHz(dim);
+      firstEnds[static_cast<std::size_t>(dim)] = {spectrum.pointToPpm(0, dim),
+                                                  spectrum.pointToPpm(spectrum.getSize(dim) - 1, dim)};
+    }
+    return hasFirstHeader && isFirstInOrder;
   } catch (const RunEnd& end) {
     takeMessages();
     error(0, textOf(end) + explain(path));
@@ -1256,6 +1283,13 @@ bool SpectraCheck::load(int k) {
   }
 }
 
+/// How much is missing of a file of so many bytes; a damaged header can ask for more than can be counted.
+std::string describeMissing(std::uintmax_t bytes, const Spectrum& ofFile) {
+  const std::uint64_t words = ofFile.countDataWords();
+  if (words > std::numeric_limits<std::uint64_t>::max() / 8) return "nearly all is missing";
+  return std::to_string(FileHeader::kSize + 4 * words - bytes) + " bytes are missing";
+}
+
 /// What else can be said of a file that is refused.
 std::string SpectraCheck::explain(const std::string& path) const {
   std::error_code ignored;
@@ -1274,8 +1308,9 @@ std::string SpectraCheck::explain(const std::string& path) const {
     const std::string order = describeOrder(path, alone);
     if (!order.empty()) return " (" + order + ")";
     const std::uintmax_t bytes = fs::file_size(path, ignored);
-    const std::uintmax_t wanted = FileHeader::kSize + 4 * alone.countDataWords();
-    if (bytes < wanted) return " (truncated: " + std::to_string(wanted - bytes) + " bytes are missing)";
+    if (bytes < FileHeader::kSize || (bytes - FileHeader::kSize) / 4 < alone.countDataWords()) {
+      return " (truncated: " + describeMissing(bytes, alone) + ")";
+    }
   } catch (const RunEnd&) {
     takeMessages();
   }
@@ -1287,7 +1322,7 @@ bool SpectraCheck::checkHeader(int k) {
   const std::string order = describeOrder(settings.getSpectrumFile(k), spectrum);
   if (!order.empty()) error(k, order);
   const bool isWhole = checkLength(k);
-  if (order.empty()) checkAxes(k);
+  if (k > 0 && order.empty() && isFirstInOrder) checkAxes(k);
   checkComplex(k);
   return order.empty() && isWhole;
 }
@@ -1328,7 +1363,7 @@ bool SpectraCheck::checkLength(int k) {
                    " bytes more): of a cube only the first plane is measured");
     return true;
   }
-  error(k, "truncated: " + std::to_string(wanted - bytes) + " bytes are missing at its end, and a value counts as 0");
+  error(k, "truncated: " + std::to_string(wanted - bytes) + " bytes are missing at its end");
   return false;
 }
 
@@ -1338,12 +1373,10 @@ void SpectraCheck::checkAxes(int k) {
     const int last = spectrum.getSize(dim) - 1;
     const std::array<double, 2> ends{spectrum.pointToPpm(0, dim), spectrum.pointToPpm(last, dim)};
     const double mhz = spectrum.getObserveMHz(dim);
-    if (k == 0) firstMHz[d] = mhz;
     if (std::fabs(mhz - firstMHz[d]) > kSameMHz * std::fabs(firstMHz[d])) {
       warning(k, "dimension " + std::to_string(dim + 1) + " was recorded at " + realToText(mhz) +
                      " MHz, that of the first spectrum at " + realToText(firstMHz[d]) + " MHz");
     }
-    if (k == 0) firstEnds[d] = ends;
     const double perPoint = (firstEnds[d][0] - firstEnds[d][1]) / std::max(last, 1);
     const double shift1 = (ends[0] - firstEnds[d][0]) / perPoint;
     const double shift2 = (ends[1] - firstEnds[d][1]) / perPoint;
@@ -1373,7 +1406,24 @@ bool SpectraCheck::checkContents(int k) {
   return true;
 }
 
-void usage() {
+/// Checks the run of this parameter file, and if `report` is one the report that it is to have.
+void checkRun(const char* parameterFile, const char* report, Findings& findings) {
+  RunSettings settings;
+  ParameterCheck parameters(parameterFile, settings, findings);
+  parameters.run();
+  if (report != nullptr) parameters.checkReport(report);
+
+  SpectraCheck spectra(settings, findings);
+  const bool hasAxes = spectra.readFirstHeader();
+  if (hasAxes) parameters.checkTolerancePoints(spectra.getSpectrum());
+  PeakListCheck list(settings, spectra.getSpectrum(), hasAxes, findings);
+  const ListedPeaks peaks = list.run();
+  MeasurementCheck measurement(settings, peaks, findings);
+  const bool hasBox = settings.hasBoxSize() && settings.getBoxSize(0) >= 0 && settings.getBoxSize(1) >= 0;
+  spectra.run(hasBox && list.isUsable() ? &measurement : nullptr);
+}
+
+[[noreturn]] void usage() {
   std::cerr << "usage: peakbox-check [-o REPORT] PARAMETER-FILE\n";
   std::exit(2);
 }
@@ -1389,20 +1439,14 @@ int main(int argc, char** argv) {
   if (optind + 1 != argc) usage();
 
   Findings findings;
-  RunSettings settings;
-  ParameterCheck parameters(argv[optind], settings, findings);
-  parameters.run();
-  if (report != nullptr) parameters.checkReport(report);
-
-  SpectraCheck spectra(settings, findings);
-  const bool hasAxes = spectra.readFirstHeader();
-  if (hasAxes) parameters.checkTolerancePoints(spectra.getSpectrum());
-  PeakListCheck list(settings, spectra.getSpectrum(), hasAxes, findings);
-  const ListedPeaks peaks = list.run();
-  MeasurementCheck measurement(settings, peaks, findings);
-  const bool hasBox = settings.hasBoxSize() && settings.getBoxSize(0) >= 0 && settings.getBoxSize(1) >= 0;
-  spectra.run(hasBox && list.isUsable() ? &measurement : nullptr);
-
+  const char* parameterFile = argv[optind];
+  try {
+    checkRun(parameterFile, report, findings);
+  } catch (const RunEnd& end) {  // a file that was replaced meanwhile
+    findings.error(Findings::Measurement, parameterFile, 0, textOf(end));
+  } catch (const std::bad_alloc&) {
+    findings.error(Findings::Measurement, parameterFile, 0, "not enough memory for the rest of the check");
+  }
   if (!findings.print()) {
     std::cerr << "peakbox-check: the findings cannot be written\n";
     return 1;

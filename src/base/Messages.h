@@ -8,7 +8,7 @@ namespace peakbox {
 void printMessage(std::string_view text);
 
 /// The one way in which a run ends early: prints `message`, flushes standard output and ends the process with `status`.
-/// No object is destroyed.
+/// No automatic object is destroyed: what an open report has not flushed is lost.
 [[noreturn]] void fail(std::string_view message, int status = 1);
 
 }  // namespace peakbox

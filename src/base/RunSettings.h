@@ -7,9 +7,9 @@
 
 namespace peakbox {
 
-/// Everything that the command line and the parameter file set for a run. `parseArguments` fills it once; after that
-/// it is only read. Every fault of the command line or the parameter file ends the run with status 1. How both are read
-/// stands in src/driver.
+/// Everything that the command line and the parameter file set for a run. `parseArguments` fills it once, or
+/// `parseNextLine` line by line; after that it is only read. Every fault of the command line or the parameter file ends
+/// the run with status 1. How both are read stands in src/driver.
 class RunSettings {
  public:
   /// Applies the options, reads the parameter file and, in verbose mode, writes the box size to standard output.

@@ -54,8 +54,8 @@ Range findSearchRange(Edges edges, int j, int dim, std::int64_t size) {
   return {toPlane(edges.first), toPlane(edges.last)};
 }
 
-/// The point of greatest magnitude; among equals the first, and the positive one before the negative one. A NaN is
-/// never greater or smaller, so it is found only where it is the first point.
+/// The point of greatest magnitude; among equals the first, dimension 2 running fastest, and the positive one before
+/// the negative one. A NaN is never greater or smaller, so it is found only where it is the first point.
 Point findExtreme(const DataPlane& data, const Range& range1, const Range& range2) {
   Point maximumPoint{range1.first, range2.first};
   Point minimumPoint = maximumPoint;
@@ -77,7 +77,8 @@ Point findExtreme(const DataPlane& data, const Range& range1, const Range& range
   return maximum + minimum >= 0.0 ? maximumPoint : minimumPoint;
 }
 
-/// One value after the other, so that the rounding of the sum never depends on the compiler or the machine.
+/// One value after the other, dimension 2 running fastest, so that the rounding of the sum never depends on the
+/// compiler or the machine.
 double sumBox(const DataPlane& data, const Range& range1, const Range& range2) {
   double sum = 0.0;
   for (std::int64_t a = range1.first; a <= range1.last; ++a) {
@@ -94,6 +95,7 @@ void BoxTable::integratePeak(int j, const Spectrum& spectrum, std::int32_t halfW
   const std::int64_t size1 = spectrum.getSize(0);
   const std::int64_t size2 = spectrum.getSize(1);
 
+  // What is no number in either dimension ends the run before a warning is given of the first.
   const Edges edges1 = findWholePoints(extents1[entry], j, 0);
   const Edges edges2 = findWholePoints(extents2[entry], j, 1);
   const Range search1 = findSearchRange(edges1, j, 0, size1);

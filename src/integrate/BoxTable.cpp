@@ -28,6 +28,7 @@ void BoxTable::recentreBoxes(int count) {
 }
 
 void BoxTable::writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks) {
+  // Settings without half-widths end the run here, where an existing report is still untouched.
   const std::int32_t halfWidth1 = settings.getBoxSize(0);
   const std::int32_t halfWidth2 = settings.getBoxSize(1);
   std::ofstream report(settings.getOutputFile());

@@ -11,7 +11,8 @@
 
 namespace peakbox {
 
-/// One peak's place in one dimension, in data points: its centre and the edges of the area that is searched for it.
+/// One peak's place in one dimension, in data points: the edges of the area that is searched for it, and its centre,
+/// which is the listed position until the peak is measured and then the point that was found.
 struct BoxExtent {
   double centre = 0.0;
   double low = 0.0;
@@ -32,12 +33,13 @@ class BoxTable {
   /// than 2^31 sizes, ends the run with status 1.
   void placeBoxes(const Spectrum& spectrum, const PeakList& peaks);
 
-  /// Measures peak j: moves its centre to the point of greatest magnitude in its search area and sums the
-  /// (2 halfWidth1 + 1) x (2 halfWidth2 + 1) points around it. A box that reaches outside the plane ends the run with
-  /// status 0, a search area that is not a number with status 1.
+  /// Measures peak j: moves its centre to the point of greatest magnitude in its search area, of which at least two
+  /// points are searched and only those in the plane, and sums the (2 halfWidth1 + 1) x (2 halfWidth2 + 1) points
+  /// around it. A box that reaches outside the plane ends the run with status 0, a search area that is not a number
+  /// with status 1.
   void integratePeak(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2);
 
-  /// Search areas of the first `count` peaks become centre +- tolerance.
+  /// Search areas of the first `count` peaks become centre +- tolerance, in points of the spectrum that placed them.
   void recentreBoxes(int count);
 
   /// Measures all spectra of the run and writes a table for each, flushed when complete. A report that cannot be

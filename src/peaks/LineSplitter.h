@@ -8,7 +8,8 @@
 namespace peakbox {
 
 /// Reads a text file line by line and cuts each line, in place, into fields separated by runs of blanks and tabs.
-/// Blanks and tabs between "{" and "}" do not separate; the braces stay in the field. Fields are counted from 0.
+/// Blanks and tabs between "{", wherever it stands, and the next "}" or the end of the line do not separate; the braces
+/// stay in the field. Fields are counted from 0.
 class LineSplitter {
  public:
   LineSplitter();

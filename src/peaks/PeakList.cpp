@@ -13,7 +13,7 @@ namespace peakbox {
 
 namespace {
 
-/// The data field that holds -1 when a peak has been deleted.
+/// The data field that holds -1 when a peak has been deleted, whatever line 6 calls it.
 constexpr std::int32_t kDeletedColumn = 17;
 
 void skipLines(std::istream& stream, int count) {

@@ -42,7 +42,7 @@ void Spectrum::readPipeHeader(std::istream& stream) {
 }
 
 // The format does not record its byte order. A header that makes no sense as it stands is taken for a swapped one, and
-// what is wrong with it if it is not shows in the checks that follow.
+// what is wrong with it if it is not shows in the checks that follow; one that makes sense both ways ends the run.
 void Spectrum::detectPipeByteOrder(const FileHeader& header) {
   if (!isPlausible(header, false)) {
     setByteSwapped();
@@ -76,6 +76,7 @@ std::int64_t Spectrum::pointSkipBytes() const {
 std::int64_t Spectrum::getRowWords() const { return sizes[0] * (1 + pointSkipBytes() / 4); }
 
 void Spectrum::loadPipeData(std::istream& stream) {
+  // A row with its unused values is a tile, at least as wide as the plane.
   const TileShape row{.width = getRowWords(), .height = 1};
   const std::uint64_t found = loadTiles(stream, row);
   if (found == countDataWords()) return;

@@ -125,7 +125,7 @@ void Spectrum::placeWords(std::span<const std::uint32_t> words, std::int64_t sta
 }
 
 void Spectrum::placeRun(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j) {
-  double* place = &data[i][j];
+  double* place = &data[i][j];  // dimension 1 runs fastest
   for (const std::uint32_t word : words) {
     *place++ = std::bit_cast<float>(byteSwapped ? reverseBytes(word) : word);
   }

@@ -25,7 +25,8 @@ class Spectrum {
   /// When verbose, reports the format on standard output and the dimension table on standard error.
   void readHeader(const char* path, bool verbose);
 
-  /// Reads one spectrum of the run, header and data, by the format of the first. Its sizes must be the first one's.
+  /// Reads one spectrum of the run, header and data, after `readHeader` has read the first one's: by the format of
+  /// that, which is not recognised again, and with its sizes.
   void loadData(const char* path, bool verbose);
 
   /// Read the header at the stream's position, leaving the stream at the data section. A file in the other byte order
