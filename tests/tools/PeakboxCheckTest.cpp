@@ -124,6 +124,7 @@ TEST(PeakboxCheck, NamesTheFaultsOfTheParameterFile) {
       {"run.par", "BOXSIZE 1", "BOXSIZE 1 02",
        "run.par:2: warning: BOXSIZE '1 02' is read as 1 and 2, a box of 3 x 5 points" + plain},
       {"run.par", "200 100", "200Hz 100", "run.par:4: warning: TOLERANCE '200Hz' is read as 200 Hz\n"},
+      {"run.par", "200 100", "200 -100", "run.par:4: warning: TOLERANCE -100 is negative\n"},
       {"run.par", "200 100", "200 99.9,8",
        "run.par:4: warning: of more than two TOLERANCE values the first two count, 200 and 99.9; numbers have a "
        "decimal "
@@ -178,6 +179,9 @@ TEST(PeakboxCheck, NamesTheFaultsOfThePeakList) {
        "and 15N.B that line 2 asks for\n"},
       {list, "label dataset", "Assignment",
        "peaks.xpk: error: not a peak list of the kind that peakbox reads: this is a list of Sparky or POKY\n"},
+      {list, "{100} {50}", "{50} {100}",
+       "peaks.xpk:2: error: the dimensions are exchanged: the MHz of line 5 fit the spectrum only the other way round; "
+       "line 2 must name the direct dimension first, and the spectrum must not be transposed\n"},
       {list, "{100} {50}", "{80} {50}",
        "peaks.xpk:5: warning: the list was made at 80 and 50 MHz, but the spectrum has 100 and 50 MHz\n"},
       {list, "2 {B2} 123", "2 {B2} x123",
@@ -226,6 +230,7 @@ TEST(PeakboxCheck, NamesTheFaultsOfSpectra) {
       {[](Files& f) { f.erase("s2"); }, "s2: error: Unable to open datafile s2 (there is no such file)\n"},
       {[](Files& f) { f["s1"] = "UCSF NMR"; },
        "s1: error: unrecognized format (this is a UCSF file, as Sparky has them)\n"},
+      {[](Files& f) { f["s1"].replace(0, 4, "\x89HDF"); }, "s1: error: unrecognized format (this is an HDF5 file)\n"},
       {[](Files& f) { setPipeWord(f["s2"], 9, 3); }, "s2: error: ERROR: Spectrum is not two dimentional.\n"},
       {[](Files& f) { f["s2"] = writeView(makePlane(2)); },
        "s2: error: ERROR: Spectrum is not two dimentional. (it does not have the format of the first spectrum)\n"},
