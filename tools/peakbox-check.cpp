@@ -143,17 +143,16 @@ std::vector<std::string> splitLines(const std::string& text) {
   return lines;
 }
 
-bool isNumber(const char* text) {
+/// Where the number at the start of the text ends; the start itself when there is none.
+const char* findNumberEnd(const char* text) {
   char* end = nullptr;
-  std::strtod(text, &end);
-  return end != text;
+  static_cast<void>(std::strtod(text, &end));
+  return end;
 }
 
-bool hasTextBehindNumber(const char* text) {
-  char* end = nullptr;
-  std::strtod(text, &end);
-  return end != text && *end != '\0';
-}
+bool isNumber(const char* text) { return findNumberEnd(text) != text; }
+
+bool hasTextBehindNumber(const char* text) { return isNumber(text) && *findNumberEnd(text) != '\0'; }
 
 /// Digits, and no leading zero that would make them octal.
 bool isPlainDecimal(const std::string& text) {

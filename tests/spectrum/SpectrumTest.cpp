@@ -52,6 +52,7 @@ TEST(Spectrum, GivesEveryValueFromEveryLayout) {
               .indirect = {.size = 5, .observeMHz = 50, .sweepWidthHz = 250},
               .value = [](int i, int j) { return static_cast<float>(10 * i + j + 1); }};
   std::vector<std::pair<int, int>> points;
+  points.reserve(35);
   for (int k = 0; k < 35; ++k) points.emplace_back(k % 7, k / 7);
   Files files{{"peaks.xpk", peaksAt(plane, points)}, {"run.par", "BOXSIZE 0\nPEAKLIST peaks.xpk\nSPECTRUM a\n"}};
 
