@@ -27,16 +27,23 @@ void expectOrderlyEnds(const std::string& file, const std::string& contents) {
 
 TEST(DamagedInput, OfAHeaderEndsTheRunInOrder) {
   const auto real = [](float value) { return std::bit_cast<std::uint32_t>(value); };
-  const std::uint32_t words[] = {0,          1u << 30,      0x7fffffff,   1u << 31, real(-1),
-                                 real(1e5f), real(0x1p31f), real(-1e30f), real(NAN)};
-  const Plane plane = examplePlane();
-  const std::pair<std::string, std::vector<std::size_t>> formats[] = {
-      {writePipe(plane), {36, 220, 224, 396, 400, 404, 476, 872, 876, 916, 996}},
-      {writeView(plane), {0, 24, 1024, 1028, 1048, 1052, 1056, 1064, 1152, 1156, 1184}}};
-  for (const auto& [bytes, places] : formats) {
-    for (const std::size_t place : places) {
-      for (const std::uint32_t word : words) {
-        std::string damaged = bytes;
+  const std::vector<std::uint32_t> integers{0, 1u << 30, 0x7fffffff, 1u << 31};
+  const std::vector<std::uint32_t> truncated{0, real(-1), real(0x1p31f), real(-1e30f), real(NAN)};
+  const std::vector<std::uint32_t> reals{0, real(-1), real(1e5f), real(-1e30f), real(NAN)};
+  const std::string pipe = writePipe(examplePlane());
+  const std::string view = writeView(examplePlane());
+  struct Damage {
+    const std::string& bytes;
+    std::vector<std::size_t> places;
+    const std::vector<std::uint32_t>& words;
+  };
+  for (const Damage& damage : {Damage{pipe, {220, 224, 396, 876}, truncated},
+                               {pipe, {400, 404, 476, 872, 916, 996}, reals},
+                               {view, {1024, 1028, 1152, 1156}, integers},
+                               {view, {1048, 1052, 1056, 1060, 1176, 1180, 1184, 1188}, reals}}) {
+    for (const std::size_t place : damage.places) {
+      for (const std::uint32_t word : damage.words) {
+        std::string damaged = damage.bytes;
         putWord(damaged, place, word, false);
         expectOrderlyEnds("a.ft2", damaged);
       }
@@ -59,7 +66,8 @@ TEST(DamagedInput, OfATextEndsTheRunInOrder) {
   std::istringstream words("nan -inf inf 1e308 -1e39 99999999999999999999 2147483647 -2147483648 0x { } \" -1 . #");
   for (std::string word; words >> word;) tokens.push_back(word);
   const std::pair<std::string, std::string> files[] = {
-      {"run.par", exampleParameters("SPECTRUM a.ft2 1\nSPECTRUM . 2\n")}, {"peaks.xpk", examplePeaks()}};
+      {"run.par", exampleParameters("SPECTRUM a.ft2 1\nSPECTRUM . 2\n")},
+      {"peaks.xpk", examplePeakHeader() + examplePeakLine({})}};
   for (const auto& [file, text] : files) {
     for (std::size_t start = 0; start < text.size(); ++start) {
       if (std::isspace(text[start]) || (start > 0 && !std::isspace(text[start - 1]))) continue;

@@ -12,10 +12,11 @@ namespace peakbox::test {
 
 using Files = std::map<std::string, std::string>;
 
-/// A plane of 16 x 12 points, 0 but for one of them. A point has 10 Hz and one ppm in both dimensions.
+/// A plane of 16 x 12 points of one ppm, 0 but for one of them and (5, 6). A point has 10 Hz in the direct dimension
+/// and 5 Hz in the indirect one.
 std::string planeWithPeakAt(int i, int j) {
   return writePipe({.direct = {.size = 16, .observeMHz = 10, .sweepWidthHz = 160},
-                    .indirect = {.size = 12, .observeMHz = 10, .sweepWidthHz = 120},
+                    .indirect = {.size = 12, .observeMHz = 5, .sweepWidthHz = 60},
                     .value = [=](int a, int b) { return a == i && b == j   ? 9.0f
                                                         : a == 5 && b == 6 ? 2.0f
                                                                            : 0.0f; }});
@@ -23,9 +24,9 @@ std::string planeWithPeakAt(int i, int j) {
 
 TEST(Report, FollowsAPeakFromTheFirstSpectrumAsFarAsTheToleranceReaches) {
   const std::string atFirst = "  1\tx\t10\t5\t9\n";
-  const std::string near = "  1\tx\t9\t4\t9\n";     // (6, 7), one point further in both dimensions
-  const std::string far1 = "  1\tx\t8\t5\t9\n";     // (7, 6)
-  const std::string far2 = "  1\tx\t10\t3\t9\n";    // (5, 8)
+  const std::string near = "  1\tx\t9\t3\t9\n";     // (6, 8), 10 Hz further in both dimensions
+  const std::string far1 = "  1\tx\t8\t5\t9\n";     // (7, 6), 20 Hz further
+  const std::string far2 = "  1\tx\t10\t2\t9\n";    // (5, 9), 15 Hz further
   const std::string stayed = "  1\tx\t10\t5\t2\n";  // (5, 6), where the first one was
   struct Row {
     std::string tolerance;
@@ -41,9 +42,9 @@ TEST(Report, FollowsAPeakFromTheFirstSpectrumAsFarAsTheToleranceReaches) {
                      row.tolerance + "PEAKLIST peaks.xpk\nBOXSIZE 0\nSPECTRUM a\nSPECTRUM b\nSPECTRUM c\nSPECTRUM d\n"},
                     {"peaks.xpk", examplePeakHeader() + examplePeakLine({})},
                     {"a", planeWithPeakAt(5, 6)},
-                    {"b", planeWithPeakAt(6, 7)},
+                    {"b", planeWithPeakAt(6, 8)},
                     {"c", planeWithPeakAt(7, 6)},
-                    {"d", planeWithPeakAt(5, 8)}}),
+                    {"d", planeWithPeakAt(5, 9)}}),
         outcome(0, "",
                 exampleTable("1: a\n", atFirst) + exampleTable("2: b\n", row.lines[0]) +
                     exampleTable("3: c\n", row.lines[1]) + exampleTable("4: d\n", row.lines[2])))
@@ -89,18 +90,18 @@ TEST(Report, UsesTheLastOfRepeatedKeywordsAndOptions) {
 TEST(Report, KeepsTheTablesBeforeAFault) {
   Plane wider = examplePlane();
   wider.direct.size = 17;
-  Plane higher = examplePlane();
-  higher.indirect.size = 13;
-  Plane negative = examplePlane();
-  const Files files{{"wider", writePipe(wider)}, {"higher", writePipe(higher)}, {"view", writeView(negative)}};
+  Plane lower = examplePlane();
+  lower.indirect.size = 11;
+  const Files files{{"wider", writePipe(wider)}, {"lower", writePipe(lower)}, {"view", writeView(examplePlane())}};
   const std::pair<std::string, std::string> rows[] = {
       {"none\n", "Unable to open datafile none\n"},
       {".\n", "Error reading file header\n"},
       {"wider\n", "ERROR: Spectrum wider has 17 x 12 points, the first has 16 x 12.\n"},
-      {"higher\n", "ERROR: Spectrum higher has 16 x 13 points, the first has 16 x 12.\n"},
+      {"lower\n", "ERROR: Spectrum lower has 16 x 11 points, the first has 16 x 12.\n"},
       {"view\n", "Correcting data for apparent byte-swap.\nERROR: Spectrum is not two dimentional.\n"},
       {"a.ft2\nTOLERANCE nan 9\n", "ERROR: Search area of peak #0 is not a number in dimension 1.\n"},
-      {"a.ft2\nTOLERANCE 9 nan\n", "ERROR: Search area of peak #0 is not a number in dimension 2.\n"},
+      // Refused before the warning that the first value is good for.
+      {"a.ft2\nTOLERANCE -9 nan\n", "ERROR: Search area of peak #0 is not a number in dimension 2.\n"},
   };
   for (const auto& [second, message] : rows) {
     Files all = files;
@@ -116,8 +117,11 @@ TEST(Report, IsNotTouchedBeforeAHalfWidthIsKnown) {
   EXPECT_EQ(runExample({{"run.par", parameters}, {"report", "kept"}}), outcome(1, noBox, "kept"));
   EXPECT_EQ(runExample({{"run.par", parameters}, {"report", "kept"}}, "peakbox -v -i run.par -o report"),
             outcome(1, noBox, "kept"));
-  // What comes first in a run is refused first.
+  // What comes first in a run is told first.
   EXPECT_EQ(runExample({{"run.par", "SPECTRUM none\n"}}), outcome(1, "ERROR: Unable to open 'none'\n"));
+  const std::string folded = examplePeakHeader() + examplePeakLine({.ppm1 = "26"});
+  EXPECT_EQ(runExample({{"run.par", parameters}, {"peaks.xpk", folded}}),
+            outcome(1, "WARNING: Peak 0 folded 1 times in the direct dimension.\n" + noBox));
 }
 
 TEST(Report, ThatCannotBeWrittenIsNoError) {

@@ -158,6 +158,11 @@ TEST(Spectrum, AnNMRPipeFileHasTheByteOrderInWhichItMakesSense) {
   EXPECT_EQ(runExample({{"a.ft2", wide}, {"peaks.xpk", examplePeakHeader()}}), outcome(0, "", noPeaks));
 }
 
+TEST(Spectrum, WholeNumbersOfAnNMRPipeHeaderAreTruncated) {
+  const std::string bytes = withPipeWord(withPipeWord(writePipe(examplePlane()), 9, 2.9f), 219, 12.9f);
+  EXPECT_EQ(runExample({{"a.ft2", bytes}}), outcome(0, "", kExampleField + exampleTable()));
+}
+
 TEST(Spectrum, AShortFileEndsTheRunWhereItIsNoticed) {
   Plane plane = examplePlane();
   plane.direct.quadFlag = 0;  // One more value per point: a row has 64 bytes of values and 64 that are passed over.
