@@ -26,6 +26,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/RobustSpread.h"
 #include "base/RunSettings.h"
 #include "base/TextNumbers.h"
 #include "base/ThrowingMessages.h"
@@ -198,13 +199,6 @@ std::string describeSpectra(const std::vector<int>& numbers) {
   return (numbers.size() == 1 ? "spectrum " : "spectra ") + describeList(numbers);
 }
 
-/// The middle value; changes the order of `values`, of which there is at least one.
-double takeMedian(std::vector<double>& values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 /// 1.4826 times the median absolute deviation of the plane's finite values, the standard deviation of its noise: of all
 /// values, or of about so many spread over the plane.
 double estimateNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
@@ -217,10 +211,7 @@ double estimateNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
     const double value = spectrum.getData()[n % size1][n / size1];
     if (std::isfinite(value)) values.push_back(value);
   }
-  if (values.empty()) return 0.0;
-  const double median = takeMedian(values);
-  for (double& value : values) value = std::fabs(value - median);
-  return 1.4826 * takeMedian(values);
+  return takeMedianSpread(std::move(values)).deviation;
 }
 
 /// What a plane holds, as far as it matters for telling planes apart and good ones from bad.

@@ -37,7 +37,6 @@ TEST(PeakboxTable, SaysWhatIsWrong) {
   const std::string one = exampleTable("1: s\n", peak("1", "A"));
   const std::string cut = one.substr(0, one.size() - 1);
   const std::string early = " (did the run end early?)\n";
-  const std::string few = "an uncertainty needs at least two peaks with \"noise\" in their label, found ";
   const std::pair<std::string, std::string> rows[] = {
       {kExampleField, "no table found" + early},
       {cut, "the table of spectrum 1 is incomplete" + early},
@@ -48,7 +47,6 @@ TEST(PeakboxTable, SaysWhatIsWrong) {
       {one + exampleTable("2: s\n", ""), "spectrum 2 has only 0 of the 1 peaks of spectrum 1" + early},
       {one + exampleTable("2: s\n", peak("1", "B")), "line 7: spectrum 2 does not have the peaks of spectrum 1\n"},
       {series(peak("1", "A", "-nan")), "line 4: the intensity \"-nan\" is not a finite number\n"},
-      {series(peak("1", "noise") + peak("2", "Noise")), few + "1\n"},
       {exampleTable("1: s\n", kNoise), "spectrum 1 has no parameter, and -d needs one\n"},
       {exampleTable("1: s\n# PARAMETERS: 5ms\n", kNoise),
        "the parameter \"5ms\" of spectrum 1 is not a number, and -d needs one\n"},
@@ -57,10 +55,14 @@ TEST(PeakboxTable, SaysWhatIsWrong) {
     EXPECT_EQ(runExample({{"r.txt", report}}, "peakbox-table -d r.txt r.txt"),
               outcome(1, "peakbox-table: r.txt: " + err));
   }
-  for (const std::string arguments : {"-x r", "r -d", "-d '' r", "r r"}) {
+  for (const std::string arguments : {"-x r", "r -d", "-d '' r", "r r", "-e -r r", "-n n -e r", "r -n"}) {
     EXPECT_EQ(runExample({}, "peakbox-table " + arguments),
-              outcome(2, "usage: peakbox-table [-e] [-d DIR] [REPORT]\n"));
+              outcome(2, "usage: peakbox-table [-e | -n NOISE | -r] [-d DIR] [REPORT]\n"));
   }
+  EXPECT_EQ(runExample({{"r.txt", series(peak("1", "noise") + peak("2", "Noise"))}}, "peakbox-table -e r.txt"),
+            outcome(1,
+                    "peakbox-table: r.txt: an uncertainty needs at least two peaks with \"noise\" in their label, "
+                    "found 1\n"));
   EXPECT_EQ(runExample({}, "peakbox-table </dev/null"),
             outcome(1, "peakbox-table: standard input: no table found" + early));
   for (const std::string report : {"nowhere", "."}) {
@@ -68,26 +70,65 @@ TEST(PeakboxTable, SaysWhatIsWrong) {
   }
 }
 
+TEST(PeakboxTable, TakesUncertaintiesFromWhereItIsTold) {
+  const auto table = [](int number, const std::string& parameter, const std::string& a, const std::string& b) {
+    return exampleTable(std::to_string(number) + ": s\n# PARAMETERS: " + parameter + "\n",
+                        peak("1", "A", a) + peak("2", "B", b) + peak("3", "noise", std::to_string(number * 1000)));
+  };
+  // Deviations from the means of 0.1 and of x: A 3, 0, 3, and 2, 2; B 0, 0, 0, and 1, 1; 28 / 6 degrees of freedom.
+  const std::string report = table(1, "0.1", "13", "7") + table(2, "0.10", "10", "7") + table(3, "1e-1", "7", "7") +
+                             table(4, "x", "52", "3") + table(5, "5", "9", "9") + table(6, "x", "48", "5");
+  const std::string noise = "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n1\t2.5\t1\t400\t390\n";
+  const std::string wrong = "peakbox-table: n: line 2: not a line of peakbox-noise\n";
+  const std::string refused =
+      "peakbox-table: r: -r needs spectra that repeat a parameter, and peaks other than noise in them\n";
+  const std::string none =
+      "peakbox-table: r: the files have no uncertainties: -n NOISE (of peakbox-noise), -r (from repeats) or at least "
+      "two peaks with \"noise\" in their label would give them\n";
+  const std::tuple<std::string, std::string, std::string, std::string, std::string> rows[] = {
+      {report, noise, "-r r | cut -f 2,3,4,14 | head -n 2", "",
+       "Label\t0.1\terr(0.1)\terr(x)\nA\t13\t2.16025\t2.16025\n"},
+      {table(1, "7", "3", "4"), noise, "-n n r | head -n 2", "", "# Num\tLabel\t7\terr(7)\n1\tA\t3\t2.5\n"},
+      {table(1, "7", "3", "4"), noise, "-n n -d . r; cat A", "",
+       "# Peak 1: A\n# Parameter\tIntensity\tUncertainty\n7\t3\t2.5\n"},
+      {table(1, "7", "3", "4"), noise, "-d . r; cat A", none, "# Peak 1: A\n# Parameter\tIntensity\n7\t3\n"},
+      {table(1, "7", "3", "4"), noise, "-r r || :", refused, ""},
+      {series(kNoise) + exampleTable("2: s\n# PARAMETERS: 0\n", kNoNoise), noise, "-r r || :", refused, ""},
+      {report, noise, "-n n r || :", "peakbox-table: n: has the noise of 1 spectra, and r has 6 spectra\n", ""},
+      {report, noise.substr(0, 47) + "2\t2.5\t1\t400\t390\n", "-n n r || :", wrong, ""},
+      {report, noise.substr(0, 47) + "1\t0\t1\t400\t390\n", "-n n r || :", wrong, ""},
+      {report, noise.substr(0, 47) + "1\tnan\t1\t400\t390\n", "-n n r || :", wrong, ""},
+      {report, noise, "-n r r || :", "peakbox-table: r: line 1: not a line of peakbox-noise\n", ""},
+      {report, "", "-n n r || :", "peakbox-table: n: has the noise of 0 spectra, and r has 6 spectra\n", ""},
+      {report, noise, "-n none r || :", "peakbox-table: none: cannot be read\n", ""},
+  };
+  for (const auto& [text, noiseText, arguments, err, out] : rows) {
+    EXPECT_EQ(runExample({{"r", text}, {"n", noiseText}}, "peakbox-table " + arguments),
+              outcome(0, err, "(no file)", out))
+        << arguments;
+  }
+}
+
 TEST(PeakboxTable, WritesFilesNamedForTheLabels) {
-  const std::string several = "peakbox-table: r.txt: several peaks would be written to H_, so peak ";
   const std::string report = series(kNoise + peak("1", "H'") + peak("2", "H\"", "20") + peak("3", "../a b") +
                                     peak("4", "") + peak("5", "-rf"));
   EXPECT_EQ(
       runExample({{"r.txt", report}},
-                 "peakbox-table -d '-my/new' r.txt && cd -- -my/new && LC_ALL=C ls -A && cat H_-2"),
+                 "peakbox-table -d '-my/new' r.txt && cd -- -my/new && LC_ALL=C ls -A && cat 2-H_"),
       outcome(
-          0, several + "1 goes to H_-1\n" + several + "2 goes to H_-2\n", "(no file)",
-          "H_-1\nH_-2\n_._a_b\n_rf\npeak-4\n# Peak 2: H\"\n# Parameter\tIntensity\tUncertainty\n0\t20\t3.53553e+08\n"));
-  // The report's first peak is one of several, too.
-  EXPECT_EQ(runExample({{"r.txt", series(peak("1", "A") + peak("2", "A") + kNoise)}},
-                       "peakbox-table -d . r.txt 2>/dev/null && ls A*"),
-            outcome(0, "", "(no file)", "A-1\nA-2\n"));
+          0, "", "(no file)",
+          "1-H_\n2-H_\n_._a_b\n_rf\npeak-4\n# Peak 2: H\"\n# Parameter\tIntensity\tUncertainty\n0\t20\t3.53553e+08\n"));
   for (const std::string command : {"peakbox-table -d r.txt r.txt", "mkdir _rf; peakbox-table -d . r.txt"}) {
     EXPECT_TRUE(runExample({{"r.txt", report}}, command).starts_with("status 1\n"));
   }
-  EXPECT_EQ(runExample({{"r.txt", series(kNoise + peak("1", "H'") + peak("1", "H'"))}}, "peakbox-table -d . r.txt"),
-            outcome(1, several + "1 goes to H_-1\n" + several +
-                           "1 goes to H_-1\npeakbox-table: r.txt: peaks 1 and 1 would both be written to H_-1\n"));
+  const std::pair<std::string, std::string> collisions[] = {
+      {peak("1", "H'") + peak("1", "H'"), "peaks 1 and 1 would both be written to 1-H_\n"},
+      {peak("7", "1-H") + peak("1", "H") + peak("2", "H"), "peaks 7 and 1 would both be written to 1-H\n"},
+  };
+  for (const auto& [peaks, message] : collisions) {
+    EXPECT_EQ(runExample({{"r.txt", series(kNoise + peaks)}}, "peakbox-table -d . r.txt"),
+              outcome(1, "peakbox-table: r.txt: " + message));
+  }
 }
 
 }  // namespace peakbox::test
