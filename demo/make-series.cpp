@@ -1,6 +1,7 @@
-// make-series FOLDER: writes a synthetic relaxation series whose decay rates are known. There is one plane for each
-// delay, as an NMRPipe file in the machine's byte order and as an NMRView file in the other one; with them go the peak
-// list, a parameter file for either format, the known rates and the first plane as text.
+// make-series FOLDER [SEED]: writes a synthetic relaxation series whose decay rates are known, with other noise for
+// each SEED, which is 1 where none is given. There is one plane for each delay, as an NMRPipe file in the machine's
+// byte order and as an NMRView file in the other one; with them go the peak list, a parameter file for either format,
+// the known rates and the first plane as text.
 
 #include <array>
 #include <cmath>
@@ -245,8 +246,8 @@ void write(const std::filesystem::path& path, const std::string& content) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  if (argumentCount != 2) {
-    std::cerr << "usage: make-series FOLDER\n";
+  if (argumentCount != 2 && argumentCount != 3) {
+    std::cerr << "usage: make-series FOLDER [SEED]\n";
     return 1;
   }
   const std::filesystem::path folder = arguments[1];
@@ -254,7 +255,8 @@ int main(int argumentCount, char** arguments) {
   std::filesystem::create_directories(folder, error);
 
   // The same noise on every machine and in every run.
-  std::mt19937 generator(1);  // NOLINT(cert-msc32-c,cert-msc51-cpp)
+  const unsigned long seed = argumentCount == 3 ? std::strtoul(arguments[2], nullptr, 10) : 1;
+  std::mt19937 generator(static_cast<std::mt19937::result_type>(seed));
   for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
     const Plane plane = makePlane(kDelaysSeconds[k], generator);
     write(folder / spectrumFile("pipe", k), writePipe(filePlane(plane, false)));
