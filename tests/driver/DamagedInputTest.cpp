@@ -15,7 +15,8 @@ namespace peakbox::test {
 void expectOrderlyEnds(const std::string& file, const std::string& contents) {
   const std::map<std::string, std::string> files{{"run.par", exampleParameters("SPECTRUM a.ft2 1\nSPECTRUM b 2\n")},
                                                  {"b", writePipe(examplePlane())}};
-  for (const std::string command : {"peakbox -v -i run.par -o report", "peakbox-check -o report run.par"}) {
+  for (const std::string command :
+       {"peakbox -v -i run.par -o report", "peakbox-check -o report run.par", "peakbox-noise run.par"}) {
     std::map<std::string, std::string> damaged = files;
     damaged[file] = contents;
     const std::string end = runExample(damaged, command);
