@@ -1,71 +1,63 @@
 #include <cmath>
 
 #include "base/Messages.h"
+#include "spectrum/PipeWords.h"
 #include "spectrum/Spectrum.h"
 
 namespace peakbox {
 
 namespace {
 
-constexpr std::size_t wordOffset(std::size_t word) { return 4 * word; }
-
-/// Byte offsets of the header's words, all of them floats.
-constexpr std::size_t kDimensionCount = wordOffset(9);
-constexpr std::size_t kQuadFlag2 = wordOffset(55);
-constexpr std::size_t kQuadFlag1 = wordOffset(56);
-constexpr std::size_t kSize1 = wordOffset(99);
-constexpr std::size_t kSweepWidthHz1 = wordOffset(100);
-constexpr std::size_t kOriginHz1 = wordOffset(101);
-constexpr std::size_t kObserveMHz1 = wordOffset(119);
-constexpr std::size_t kObserveMHz2 = wordOffset(218);
-constexpr std::size_t kRowCount = wordOffset(219);
-constexpr std::size_t kSweepWidthHz2 = wordOffset(229);
-constexpr std::size_t kOriginHz2 = wordOffset(249);
+constexpr pipe::AxisWords kWords1 = pipe::getAxisWords(pipe::kDirect);
+constexpr pipe::AxisWords kWords2 = pipe::getAxisWords(pipe::kIndirect);
 
 /// Whether size and frequency of dimension 1 make sense in the given byte order. A frequency that is NaN is neither too
 /// low nor too high, and so counts as sensible.
 bool isPlausible(const FileHeader& header, bool byteSwapped) {
-  const std::int32_t size = header.getTruncated(kSize1, byteSwapped);
-  const float frequency = std::fabs(header.getReal(kObserveMHz1, byteSwapped));
+  const std::int32_t size = header.getTruncated(pipe::kSize[0], byteSwapped);
+  const float frequency = std::fabs(header.getReal(kWords1.observeMHz, byteSwapped));
   return size >= 1 && size <= 100000 && !(frequency < 1.0f) && !(frequency > 5000.0f);
 }
 
 }  // namespace
 
+std::optional<bool> pipe::findByteOrder(const FileHeader& header) {
+  if (!isPlausible(header, false)) return true;
+  if (!isPlausible(header, true)) return false;
+  return std::nullopt;
+}
+
 void Spectrum::readPipeHeader(std::istream& stream) {
   formatCode = SpectrumFormat::NMRPipe;
   const FileHeader header(stream);
   detectPipeByteOrder(header);
-  if (header.getTruncated(kDimensionCount, byteSwapped) != 2) fail("ERROR: Spectrum is not two dimentional.\n");
+  if (header.getTruncated(pipe::kDimensionCount, byteSwapped) != 2) fail("ERROR: Spectrum is not two dimentional.\n");
   parsePipeHeader(header);
   refuseNegativeSizes();
 }
 
-// The format does not record its byte order. A header that makes no sense as it stands is taken for a swapped one, and
-// what is wrong with it if it is not shows in the checks that follow; one that makes sense both ways ends the run.
+// A header that makes no sense either way is taken for a swapped one, and what is wrong with it shows in the checks that
+// follow.
 void Spectrum::detectPipeByteOrder(const FileHeader& header) {
-  if (!isPlausible(header, false)) {
-    setByteSwapped();
-  } else if (!isPlausible(header, true)) {
-    byteSwapped = false;
-  } else {
-    fail("ERROR: Unkonwn file format.\n");
-  }
+  const std::optional<bool> isSwapped = pipe::findByteOrder(header);
+  if (!isSwapped) fail("ERROR: Unkonwn file format.\n");
+  byteSwapped = false;
+  if (*isSwapped) setByteSwapped();
 }
 
 void Spectrum::parsePipeHeader(const FileHeader& header) {
   const auto real = [&](std::size_t offset) { return double{header.getReal(offset, byteSwapped)}; };
   const auto integer = [&](std::size_t offset) { return header.getTruncated(offset, byteSwapped); };
 
-  quadFlags = {integer(kQuadFlag1), integer(kQuadFlag2)};
-  sizes = {integer(kSize1), integer(kRowCount)};
+  quadFlags = {integer(kWords1.quadFlag), integer(kWords2.quadFlag)};
+  sizes = {integer(pipe::kSize[0]), integer(pipe::kSize[1])};
   // With both dimensions complex, half of the rows are imaginary.
   if (quadFlags[0] == 0 && quadFlags[1] == 0) sizes[1] /= 2;
 
-  observeMHz = {real(kObserveMHz1), real(kObserveMHz2)};
-  hzPerPoint = {real(kSweepWidthHz1) / sizes[0], real(kSweepWidthHz2) / sizes[1]};
-  originPpm = {(real(kSweepWidthHz1) + real(kOriginHz1)) / observeMHz[0],
-               (real(kSweepWidthHz2) + real(kOriginHz2)) / observeMHz[1]};
+  observeMHz = {real(kWords1.observeMHz), real(kWords2.observeMHz)};
+  hzPerPoint = {real(kWords1.sweepWidthHz) / sizes[0], real(kWords2.sweepWidthHz) / sizes[1]};
+  originPpm = {(real(kWords1.sweepWidthHz) + real(kWords1.originHz)) / observeMHz[0],
+               (real(kWords2.sweepWidthHz) + real(kWords2.originHz)) / observeMHz[1]};
 }
 
 std::int64_t Spectrum::pointSkipBytes() const {
