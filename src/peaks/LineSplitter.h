@@ -18,6 +18,8 @@ class LineSplitter {
   /// false there are no fields.
   bool readLine(std::istream& stream);
 
+  std::int32_t getFieldCount() const { return static_cast<std::int32_t>(fieldStarts.size()); }
+
   /// The first field that equals `name`, -1 when there is none.
   std::int32_t findField(const std::string& name) const;
 

@@ -1,4 +1,7 @@
 #include <cmath>
+#include <fstream>
+#include <optional>
+#include <string>
 
 #include "base/Messages.h"
 #include "spectrum/PipeWords.h"
@@ -27,6 +30,21 @@ std::optional<bool> pipe::findByteOrder(const FileHeader& header) {
   return std::nullopt;
 }
 
+std::string pipe::describeOrder(const std::string& path, SpectrumFormat format, bool byteSwapped) {
+  if (format != SpectrumFormat::NMRPipe) return "";
+  std::ifstream stream(path, std::ios::binary);
+  const FileHeader header(stream);
+  const std::int32_t fastest = header.getTruncated(kOrder[0], byteSwapped);
+  const std::int32_t second = header.getTruncated(kOrder[1], byteSwapped);
+  if (header.getTruncated(kTransposed, byteSwapped) == 1 || (fastest != 0 && fastest != kDirect)) {
+    return "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places; "
+           "peakbox-planes turns it over";
+  }
+  if (second == 0 || second == kIndirect) return "";
+  return "the second axis is number " + std::to_string(second) + " of its experiment, and peakbox reads number " +
+         std::to_string(kIndirect) + "; peakbox-planes makes it so";
+}
+
 void Spectrum::readPipeHeader(std::istream& stream) {
   formatCode = SpectrumFormat::NMRPipe;
   const FileHeader header(stream);
@@ -36,8 +54,8 @@ void Spectrum::readPipeHeader(std::istream& stream) {
   refuseNegativeSizes();
 }
 
-// A header that makes no sense either way is taken for a swapped one, and what is wrong with it shows in the checks that
-// follow.
+// A header that makes no sense either way is taken for a swapped one, and what is wrong with it shows in the checks
+// that follow.
 void Spectrum::detectPipeByteOrder(const FileHeader& header) {
   const std::optional<bool> isSwapped = pipe::findByteOrder(header);
   if (!isSwapped) fail("ERROR: Unkonwn file format.\n");

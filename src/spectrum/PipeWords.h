@@ -3,8 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <string>
 
 #include "spectrum/FileHeader.h"
+#include "spectrum/Spectrum.h"
 
 namespace peakbox {
 
@@ -50,6 +52,11 @@ constexpr AxisWords getAxisWords(int number) {
 /// Whether the words of a header are in the other byte order, which the format does not record: a header that makes no
 /// sense as it stands is taken for such a one. Nothing where it makes sense both ways.
 std::optional<bool> findByteOrder(const FileHeader& header);
+
+/// What is wrong with the order of the axes of a spectrum of this path, read with success before: `Spectrum` takes its
+/// rows for the direct dimension and the other axis for number 1. Empty where nothing is wrong, where the header does
+/// not say, and for other formats.
+std::string describeOrder(const std::string& path, SpectrumFormat format, bool byteSwapped);
 
 }  // namespace pipe
 
