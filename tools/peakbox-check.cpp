@@ -34,6 +34,7 @@
 #include "peaks/LineSplitter.h"
 #include "peaks/PeakList.h"
 #include "spectrum/FileHeader.h"
+#include "spectrum/PipeWords.h"
 #include "spectrum/Spectrum.h"
 
 namespace {
@@ -283,9 +284,14 @@ std::string describeForeignList(const std::vector<std::string>& lines) {
     words >> first;
     if (first == "Assignment") return "this is a list of Sparky or POKY";
     if (first == "VARS" || first == "FORMAT") return "this is a table of NMRPipe";
-    if (!first.empty() && first != "REMARK" && first != "DATA") return "";
+    if (!first.empty() && first != "REMARK" && first != "DATA") break;
   }
-  return "";
+  bool hasColumns = false;
+  for (std::size_t i = 0; i < std::min(lines.size(), kHeaderLines); ++i) {
+    hasColumns = hasColumns || lines[i].find(".P") != std::string::npos;
+  }
+  const bool isTable = !hasColumns && !lines.empty() && lines[0].find_first_of("\t,") != std::string::npos;
+  return isTable ? "this is a table" : "";
 }
 
 /// Makes Unix lines of what Windows and old Macs write, so that what else is wrong can be found.
@@ -578,7 +584,7 @@ bool PeakListCheck::readHeader(const std::vector<std::string>& lines) {
   const std::string refusal = "not a peak list of the kind that peakbox reads";
   const std::string kind = describeForeignList(lines);
   if (!kind.empty() || lines.size() < kHeaderLines) {
-    error(0, refusal + ": " + (kind.empty() ? "fewer than six header lines" : kind));
+    error(0, refusal + ": " + (kind.empty() ? "fewer than six header lines" : kind + "; peakbox-list converts it"));
     return false;
   }
   std::string header;
@@ -1173,7 +1179,6 @@ class SpectraCheck {
   bool load(int k);
   bool hasAxes(int k);
   bool checkHeader(int k);
-  static std::string describeOrder(const std::string& path, const Spectrum& ofFile);
   void checkComplex(int k);
   bool checkLength(int k);
   void checkAxes(int k);
@@ -1207,7 +1212,7 @@ bool SpectraCheck::readFirstHeader() {
     takeMessages();
     firstFormat = spectrum.getFormat();
     hasFirstHeader = hasAxes(0);
-    isFirstInOrder = describeOrder(path, spectrum).empty();
+    isFirstInOrder = pipe::describeOrder(path, spectrum).empty();
     for (const int dim : {0, 1}) {
       firstMHz[static_cast<std::size_t>(dim)] = spectrum.getObserveMHz(dim);
       firstEnds[static_cast<std::size_t>(dim)] = {spectrum.pointToPpm(0, dim),
@@ -1288,28 +1293,30 @@ std::string SpectraCheck::explain(const std::string& path) const {
   if (access(path.c_str(), R_OK) != 0) return " (no permission to read it)";
   const std::string foreign = describeForeignFile(path);
   if (!foreign.empty()) return " (" + foreign + ")";
+  Spectrum alone;
   try {
-    Spectrum alone;
     alone.readHeader(path.c_str(), false);
     takeMessages();
     if (hasFirstHeader && alone.getFormat() != firstFormat) {
       return " (it does not have the format of the first spectrum)";
     }
-    const std::string order = describeOrder(path, alone);
+    const std::string order = pipe::describeOrder(path, alone);
     if (!order.empty()) return " (" + order + ")";
     const std::uintmax_t bytes = fs::file_size(path, ignored);
     if (bytes < FileHeader::kSize || (bytes - FileHeader::kSize) / 4 < alone.countDataWords()) {
       return " (truncated: " + describeMissing(bytes, alone) + ")";
     }
-  } catch (const RunEnd&) {
+  } catch (const RunEnd& end) {
     takeMessages();
+    const bool isOther = end.message.find("not two dimentional") != std::string::npos;
+    if (isOther && alone.getFormat() == SpectrumFormat::NMRPipe) return " (peakbox-planes writes the planes of a cube)";
   }
   return "";
 }
 
 bool SpectraCheck::checkHeader(int k) {
   if (!hasAxes(k)) return false;
-  const std::string order = describeOrder(settings.getSpectrumFile(k), spectrum);
+  const std::string order = pipe::describeOrder(settings.getSpectrumFile(k), spectrum);
   if (!order.empty()) error(k, order);
   const bool isWhole = checkLength(k);
   if (k > 0 && order.empty() && isFirstInOrder) checkAxes(k);
@@ -1317,28 +1324,13 @@ bool SpectraCheck::checkHeader(int k) {
   return order.empty() && isWhole;
 }
 
-/// What is wrong with the order of the axes of an NMRPipe file; empty where nothing is, or where that is not known.
-std::string SpectraCheck::describeOrder(const std::string& path, const Spectrum& ofFile) {
-  if (ofFile.getFormat() != SpectrumFormat::NMRPipe) return "";
-  std::ifstream stream(path, std::ios::binary);
-  const FileHeader header(stream);
-  const auto word = [&](std::size_t index) { return header.getTruncated(4 * index, ofFile.isByteSwapped()); };
-  const std::int32_t fastest = word(24);
-  const std::int32_t second = word(25);
-  if (word(221) == 1 || (fastest != 0 && fastest != 2)) {
-    return "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places";
-  }
-  if (second == 0 || second == 1) return "";
-  return "the second axis is number " + std::to_string(second) + " of its experiment, and peakbox reads number 1";
-}
-
 void SpectraCheck::checkComplex(int k) {
   if (spectrum.getFormat() != SpectrumFormat::NMRPipe) return;
   std::ifstream stream(settings.getSpectrumFile(k), std::ios::binary);
   const FileHeader header(stream);
   for (const int dim : {0, 1}) {
-    const std::size_t flagWord = dim == 0 ? 56 : 55;
-    if (header.getTruncated(4 * flagWord, spectrum.isByteSwapped()) != 0) continue;
+    const pipe::AxisWords words = pipe::getAxisWords(dim == 0 ? pipe::kDirect : pipe::kIndirect);
+    if (header.getTruncated(words.quadFlag, spectrum.isByteSwapped()) != 0) continue;
     warning(k, "complex data in dimension " + std::to_string(dim + 1) + ", of which the real values are measured");
   }
 }
@@ -1350,7 +1342,7 @@ bool SpectraCheck::checkLength(int k) {
   if (failed || bytes == wanted) return true;
   if (bytes > wanted) {
     warning(k, "more data than one plane holds (" + std::to_string(bytes - wanted) +
-                   " bytes more): of a cube only the first plane is measured");
+                   " bytes more): of a cube only the first plane is measured; peakbox-planes writes all of them");
     return true;
   }
   error(k, "truncated: " + std::to_string(wanted - bytes) + " bytes are missing at its end");

@@ -444,7 +444,7 @@ bool hasOwnNumbers(const std::vector<Entry>& entries) {
 void convert(const Request& request) {
   Spectrum spectrum;
   spectrum.readHeader(request.spectrum.c_str(), false);
-  const std::string misread = pipe::describeOrder(request.spectrum, spectrum.getFormat(), spectrum.isByteSwapped());
+  const std::string misread = pipe::describeOrder(request.spectrum, spectrum);
   if (!misread.empty()) refuse(request.spectrum, misread);
   const std::array<std::string, 2> dimensions = nameDimensions(spectrum);
 

@@ -30,13 +30,14 @@ std::optional<bool> pipe::findByteOrder(const FileHeader& header) {
   return std::nullopt;
 }
 
-std::string pipe::describeOrder(const std::string& path, SpectrumFormat format, bool byteSwapped) {
-  if (format != SpectrumFormat::NMRPipe) return "";
+std::string pipe::describeOrder(const std::string& path, const Spectrum& spectrum) {
+  if (spectrum.getFormat() != SpectrumFormat::NMRPipe) return "";
   std::ifstream stream(path, std::ios::binary);
   const FileHeader header(stream);
-  const std::int32_t fastest = header.getTruncated(kOrder[0], byteSwapped);
-  const std::int32_t second = header.getTruncated(kOrder[1], byteSwapped);
-  if (header.getTruncated(kTransposed, byteSwapped) == 1 || (fastest != 0 && fastest != kDirect)) {
+  const auto integer = [&](std::size_t offset) { return header.getTruncated(offset, spectrum.isByteSwapped()); };
+  const std::int32_t fastest = integer(kOrder[0]);
+  const std::int32_t second = integer(kOrder[1]);
+  if (integer(kTransposed) == 1 || (fastest != 0 && fastest != kDirect)) {
     return "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places; "
            "peakbox-planes turns it over";
   }

@@ -53,10 +53,10 @@ constexpr AxisWords getAxisWords(int number) {
 /// sense as it stands is taken for such a one. Nothing where it makes sense both ways.
 std::optional<bool> findByteOrder(const FileHeader& header);
 
-/// What is wrong with the order of the axes of a spectrum of this path, read with success before: `Spectrum` takes its
-/// rows for the direct dimension and the other axis for number 1. Empty where nothing is wrong, where the header does
-/// not say, and for other formats.
-std::string describeOrder(const std::string& path, SpectrumFormat format, bool byteSwapped);
+/// What is wrong with the order of the axes in the file of a spectrum that was read from `path`: `Spectrum` takes rows
+/// for the direct dimension and the other axis for number 1. Empty where nothing is wrong, where the header does not
+/// say, and for other formats.
+std::string describeOrder(const std::string& path, const Spectrum& spectrum);
 
 }  // namespace pipe
 

@@ -178,7 +178,11 @@ TEST(PeakboxCheck, NamesTheFaultsOfThePeakList) {
        "15N.P "
        "and 15N.B that line 2 asks for\n"},
       {list, "label dataset", "Assignment",
-       "peaks.xpk: error: not a peak list of the kind that peakbox reads: this is a list of Sparky or POKY\n"},
+       "peaks.xpk: error: not a peak list of the kind that peakbox reads: this is a list of Sparky or POKY; "
+       "peakbox-list "
+       "converts it\n"},
+      {"peaks.xpk", "label dataset", "#\tPos F1\tPos F2\nlabel",
+       "peaks.xpk: error: not a peak list of the kind that peakbox reads: this is a table; peakbox-list converts it\n"},
       {list, "{100} {50}", "{50} {100}",
        "peaks.xpk:2: error: the dimensions are exchanged: the MHz of line 5 fit the spectrum only the other way round; "
        "line 2 must name the direct dimension first, and the spectrum must not be transposed\n"},
@@ -225,13 +229,14 @@ TEST(PeakboxCheck, NamesTheFaultsOfSpectra) {
   };
   const std::string transposed =
       "s2: error: transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong "
-      "places\n";
+      "places; peakbox-planes turns it over\n";
   const Row rows[] = {
       {[](Files& f) { f.erase("s2"); }, "s2: error: Unable to open datafile s2 (there is no such file)\n"},
       {[](Files& f) { f["s1"] = "UCSF NMR"; },
        "s1: error: unrecognized format (this is a UCSF file, as Sparky has them)\n"},
       {[](Files& f) { f["s1"].replace(0, 4, "\x89HDF"); }, "s1: error: unrecognized format (this is an HDF5 file)\n"},
-      {[](Files& f) { setPipeWord(f["s2"], 9, 3); }, "s2: error: ERROR: Spectrum is not two dimentional.\n"},
+      {[](Files& f) { setPipeWord(f["s2"], 9, 3); },
+       "s2: error: ERROR: Spectrum is not two dimentional. (peakbox-planes writes the planes of a cube)\n"},
       {[](Files& f) { f["s2"] = writeView(makePlane(2)); },
        "s2: error: ERROR: Spectrum is not two dimentional. (it does not have the format of the first spectrum)\n"},
       {[](Files& f) { f["s1"].resize(2100); },
@@ -250,7 +255,8 @@ TEST(PeakboxCheck, NamesTheFaultsOfSpectra) {
        "s2: error: ERROR: Spectrum s2 has 64 x 40 points, the first has 64 x 48.\n"},
       {[](Files& f) { f["s3"] = f["s1"]; }, "s3: error: the same data as spectrum 1, s1\n"},
       {[](Files& f) { f["s2"] += std::string(64, 'x'); },
-       "s2: warning: more data than one plane holds (64 bytes more): of a cube only the first plane is measured\n"},
+       "s2: warning: more data than one plane holds (64 bytes more): of a cube only the first plane is measured; "
+       "peakbox-planes writes all of them\n"},
       {[](Files& f) { setPipeWord(f["s2"], 101, 10020); },
        "s2: warning: the axis of dimension 1 is off by up to 0.2 points from that of the first spectrum, and peaks are "
        "placed by the first\n"},
