@@ -1,7 +1,8 @@
 // make-series FOLDER [SEED]: writes a synthetic relaxation series whose decay rates are known, with other noise for
 // each SEED, which is 1 where none is given. There is one plane for each delay, as an NMRPipe file in the machine's
 // byte order and as an NMRView file in the other one; with them go the peak list, a parameter file for either format,
-// the known rates and the first plane as text.
+// the known rates and the first plane as text. The same planes and peaks stand in a cube, a list of delays and a list
+// of another kind, as they may come from elsewhere.
 
 #include <array>
 #include <cmath>
@@ -9,12 +10,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <random>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "support/SpectrumWriter.h"
@@ -234,6 +237,46 @@ std::string makePlaneText(const Plane& plane) {
   return text.str();
 }
 
+/// All planes as one pseudo-three-dimensional file, whose indirect dimension is axis number 3 and whose delays are axis
+/// number 1.
+std::string makeCube(const std::vector<Plane>& planes) {
+  using peakbox::test::putReal;
+  std::string bytes;
+  for (const Plane& plane : planes) {
+    const std::string file = writePipe(filePlane(plane, false));
+    bytes += bytes.empty() ? file : file.substr(2048);
+  }
+  constexpr std::array<std::pair<std::size_t, std::size_t>, 3> kMoved{{{229, 11}, {249, 12}, {218, 10}}};
+  for (const auto& [from, to] : kMoved) {
+    bytes.replace(4 * to, 4, bytes, 4 * from, 4);
+    putReal(bytes, 4 * from, 0, false);
+  }
+  const auto planeCount = static_cast<float>(planes.size());
+  const std::array<std::pair<std::size_t, float>, 7> words{
+      {{9, 3.0F}, {25, 3.0F}, {26, 1.0F}, {15, planeCount}, {13, 1.0F}, {222, 0.0F}, {51, 1.0F}}};
+  for (const auto& [word, value] : words) putReal(bytes, 4 * word, value, false);
+  bytes.replace(std::size_t{4} * 20, 3, bytes, std::size_t{4} * 18, 3);
+  bytes.replace(std::size_t{4} * 18, 3, "TAU");
+  return bytes;
+}
+
+std::string makeDelayList() {
+  std::ostringstream text;
+  for (const double delay : kDelaysSeconds) text << 1000 * delay << "m\n";
+  return text.str();
+}
+
+std::string makeSparkyList() {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(3) << "      Assignment         w1         w2\n\n";
+  for (const Line& line : kLines) {
+    if (line.height == 0) continue;
+    text << std::setw(16) << std::string(line.label) + "N-HN" << std::setw(11) << kAxis2.ppm(line.point2)
+         << std::setw(11) << kAxis1.ppm(line.point1) << '\n';
+  }
+  return text.str();
+}
+
 void write(const std::filesystem::path& path, const std::string& content) {
   std::ofstream stream(path, std::ios::binary);
   stream << content << std::flush;
@@ -257,8 +300,10 @@ int main(int argumentCount, char** arguments) {
   // The same noise on every machine and in every run.
   const unsigned long seed = argumentCount == 3 ? std::strtoul(arguments[2], nullptr, 10) : 1;
   std::mt19937 generator(static_cast<std::mt19937::result_type>(seed));
+  std::vector<Plane> planes;
   for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
-    const Plane plane = makePlane(kDelaysSeconds[k], generator);
+    planes.push_back(makePlane(kDelaysSeconds[k], generator));
+    const Plane& plane = planes.back();
     write(folder / spectrumFile("pipe", k), writePipe(filePlane(plane, false)));
     write(folder / spectrumFile("view", k), writeView(filePlane(plane, true)));
     if (k == 0) {
@@ -269,4 +314,7 @@ int main(int argumentCount, char** arguments) {
   write(folder / "pipe.par", makeParameterFile("pipe"));
   write(folder / "view.par", makeParameterFile("view"));
   write(folder / "rates.txt", makeRates());
+  write(folder / "series.ft3", makeCube(planes));
+  write(folder / "vdlist", makeDelayList());
+  write(folder / "hsqc.list", makeSparkyList());
 }

@@ -92,11 +92,21 @@ void runPrograms(std::string_view parameters) {
   }
   takeMessages();
 
-  std::string words[] = {"peakbox-check", file.path()};
-  char* checkArguments[] = {words[0].data(), words[1].data(), nullptr};
+  runCompanion(peakboxCheck, {"peakbox-check", file.path()});
+}
+
+void runCompanion(Main* companion, std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
   optind = 1;
-  const int status = peakboxCheck(2, checkArguments);
-  require(status == 0 || status == 1);
+  try {
+    const int status = companion(static_cast<int>(words.size()), arguments.data());
+    require(status == 0 || status == 1);
+  } catch (const RunEnd& end) {
+    require(!end.message.empty() && (end.status == 0 || end.status == 1));
+  }
+  takeMessages();
 }
 
 void runSeries(const InputFile& example, const std::string& bytes) {

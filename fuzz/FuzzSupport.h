@@ -43,6 +43,12 @@ class InputPipe {
 /// Does what peakbox does with this parameter file, until the run ends in one way or another, and then checks it.
 void runPrograms(std::string_view parameters);
 
+/// A companion's main function.
+using Main = int(int count, char** arguments);
+
+/// Runs a companion with `words`, its name first, until it ends in one way or another.
+void runCompanion(Main* companion, std::vector<std::string> words);
+
 /// Runs the program on a series with `bytes` as its first and second file, then on one that begins with `example` and
 /// goes on with `bytes` from a pipe.
 void runSeries(const InputFile& example, const std::string& bytes);

@@ -32,7 +32,12 @@ std::string writePipe(const Plane& plane) {
   const float flagSum = direct.quadFlag + indirect.quadFlag;
   const int valuesPerPoint = flagSum == 0 ? 4 : flagSum == 1 ? 2 : 1;
   const int rowsPerPoint = direct.quadFlag == 0 && indirect.quadFlag == 0 ? 2 : 1;
-  const std::pair<std::size_t, float> words[] = {{9, 2.0f},
+  const std::pair<std::size_t, float> words[] = {{2, 2.345f},
+                                                 {9, 2.0f},
+                                                 {24, 2.0f},
+                                                 {25, 1.0f},
+                                                 {26, 3.0f},
+                                                 {27, 4.0f},
                                                  {55, indirect.quadFlag},
                                                  {56, direct.quadFlag},
                                                  {99, static_cast<float>(direct.size)},
@@ -41,10 +46,14 @@ std::string writePipe(const Plane& plane) {
                                                  {119, direct.observeMHz},
                                                  {218, indirect.observeMHz},
                                                  {219, static_cast<float>(indirect.size * rowsPerPoint)},
+                                                 {220, 1.0f},
+                                                 {222, 1.0f},
                                                  {229, indirect.sweepWidthHz},
                                                  {249, indirect.lastPpm * indirect.observeMHz}};
   std::string bytes(2048, '\0');
   for (const auto& [word, number] : words) putReal(bytes, 4 * word, number, plane.swapped);
+  bytes.replace(64, direct.name.size(), direct.name);
+  bytes.replace(72, indirect.name.size(), indirect.name);
   for (int j = 0; j < indirect.size; ++j) {
     for (int i = 0; i < direct.size * valuesPerPoint; ++i) appendValue(bytes, plane, i, j);
   }

@@ -15,7 +15,7 @@ struct Axis {
   float lastPpm = 0;
   std::int32_t tile = 1;
   float quadFlag = 1;
-  std::string name = {};  // at most 16 bytes, written to NMRView files
+  std::string name = {};  // at most 8 bytes
 };
 
 /// A spectrum to be written; `value(i, j)` is point i of the direct and j of the indirect dimension, from 0.
