@@ -121,28 +121,29 @@ std::vector<Row> splitWords(const std::string& text) {
 /// separators and line ends.
 std::vector<Row> splitTable(const std::string& text, char separator, const std::string& file) {
   std::vector<Row> rows;
+  Row row{.line = 1, .fields = {}};
+  std::string field;
+  bool isQuoted = false;
   std::int64_t line = 1;
-  for (std::size_t i = 0; i < text.size();) {
-    Row row{.line = line, .fields = {}};
-    for (bool isEnd = false; !isEnd; ++i) {
-      std::string field;
-      if (text[i] == '"') {
-        for (++i; i < text.size() && (text[i] != '"' || text[i + 1] == '"'); ++i) {
-          i += text[i] == '"';
-          line += text[i] == '\n';
-          field += text[i];
-        }
-        if (i >= text.size()) refuse(file + ":" + std::to_string(row.line), "a quote that does not end");
-        ++i;
-      }
-      while (text[i] != separator && text[i] != '\n') field += text[i++];
-      row.fields.push_back(trim(field));
-      isEnd = text[i] == '\n';
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    line += c == '\n';
+    if (c == '"' && isQuoted) {
+      isQuoted = i + 1 < text.size() && text[i + 1] == '"';
+      if (isQuoted) field += text[i++];
+    } else if (c == '"' && field.empty()) {
+      isQuoted = true;
+    } else if (isQuoted || (c != separator && c != '\n')) {
+      field += c;
+    } else {
+      row.fields.push_back(trim(std::exchange(field, "")));
+      if (c != '\n') continue;
+      const bool isEmpty = std::all_of(row.fields.begin(), row.fields.end(), [](const auto& f) { return f.empty(); });
+      if (!isEmpty) rows.push_back(std::move(row));
+      row = {.line = line, .fields = {}};
     }
-    ++line;
-    const bool isEmpty = std::all_of(row.fields.begin(), row.fields.end(), [](const auto& f) { return f.empty(); });
-    if (!isEmpty) rows.push_back(std::move(row));
   }
+  if (isQuoted) refuse(file + ":" + std::to_string(row.line), "a quote that does not end");
   return rows;
 }
 

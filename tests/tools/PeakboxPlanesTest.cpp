@@ -136,7 +136,6 @@ TEST(PeakboxPlanes, RefuseWhatTheyAreNotSureOf) {
     Files files = {};
   };
   const Form cube{.isCube = true};
-  const std::string no3 = "has 5 bytes of data, but a plane of 16 x 12 points has 768 and a cube 3 times as many";
   const Row rows[] = {
       {{}, {{222, 0}}, "in3: axis number 1 of its planes is not transformed (are these the delays?)"},
       {cube, {{56, 0}}, "in1: axis number 2 of its planes is complex; delete its imaginary part"},
@@ -195,7 +194,7 @@ TEST(PeakboxPlanes, RefuseWhatTheyAreNotSureOf) {
 }
 
 TEST(PeakboxPlanes, LeaveNothingBehindWhenTheDiskIsFull) {
-  // The second file would be larger than the limit of three blocks of 512 bytes... of dash, or of 1024 bytes.
+  // A limit on the size of files stands in for a full disk: a block of 512 or 1024 bytes, by the shell.
   EXPECT_EQ(
       runExample(writeForm({.isCube = true}),
                  "sh -c 'trap \"\" XFSZ; (ulimit -f 1; peakbox-planes -o new in1); echo $?; ls new 2>&1 | wc -l'"),
