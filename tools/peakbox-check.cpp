@@ -35,6 +35,7 @@
 #include "peaks/PeakList.h"
 #include "spectrum/FileHeader.h"
 #include "spectrum/PipeWords.h"
+#include "spectrum/PointNoise.h"
 #include "spectrum/Spectrum.h"
 
 namespace {
@@ -198,21 +199,6 @@ std::string describeList(const std::vector<int>& numbers) {
 
 std::string describeSpectra(const std::vector<int>& numbers) {
   return (numbers.size() == 1 ? "spectrum " : "spectra ") + describeList(numbers);
-}
-
-/// 1.4826 times the median absolute deviation of the plane's finite values, the standard deviation of its noise: of all
-/// values, or of about so many spread over the plane.
-double estimateNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
-  const std::int64_t size1 = spectrum.getSize(0);
-  const std::int64_t count = size1 * spectrum.getSize(1);
-  const std::int64_t step = count / sampleSize | 1;
-  std::vector<double> values;
-  values.reserve(static_cast<std::size_t>(count / step + 1));
-  for (std::int64_t n = 0; n < count; n += step) {
-    const double value = spectrum.getData()[n % size1][n / size1];
-    if (std::isfinite(value)) values.push_back(value);
-  }
-  return takeMedianSpread(std::move(values)).deviation;
 }
 
 /// What a plane holds, as far as it matters for telling planes apart and good ones from bad.
@@ -872,7 +858,7 @@ class MeasurementCheck {
 };
 
 void MeasurementCheck::measure(int k, const Spectrum& spectrum) {
-  noise = estimateNoise(spectrum, k == 0 ? 1 << 18 : 1 << 14);
+  noise = estimatePointNoise(spectrum, k == 0 ? 1 << 18 : 1 << 14);
   if (k == 0) {
     boxes.placeBoxes(spectrum, *peaks.list);
     takeMessages();

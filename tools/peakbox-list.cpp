@@ -24,6 +24,7 @@
 
 #include "base/Messages.h"
 #include "peaks/LineSplitter.h"
+#include "spectrum/Nuclei.h"
 #include "spectrum/PipeWords.h"
 #include "spectrum/Spectrum.h"
 
@@ -315,35 +316,6 @@ std::string cleanLabel(std::string label, const ForeignList& list) {
   return isUnknown || label == "None" || label == list.noLabel ? "?" : label;
 }
 
-struct Nucleus {
-  const char* name;
-  const char* otherName;
-  double ratio;  // of its frequency to that of 1H
-};
-constexpr std::array<Nucleus, 6> kNuclei{{{"1H", "H1", 1.0},
-                                          {"15N", "N15", 0.101368},
-                                          {"13C", "C13", 0.251450},
-                                          {"31P", "P31", 0.404807},
-                                          {"19F", "F19", 0.940940},
-                                          {"2H", "H2", 0.153506}}};
-
-/// The nuclei of direct and indirect dimension, by the ratio of their frequencies, which shifts change by far less than
-/// it is compared; D1 and D2 where they cannot be told.
-std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
-  constexpr double kFewestMHz = 190.0;  // of 1H in any spectrometer that is left
-  const double mhz1 = std::fabs(spectrum.getObserveMHz(0));
-  const double mhz2 = std::fabs(spectrum.getObserveMHz(1));
-  for (const Nucleus& direct : kNuclei) {
-    for (const Nucleus& indirect : kNuclei) {
-      const double expected = mhz1 / direct.ratio * indirect.ratio;
-      if (mhz1 / direct.ratio < kFewestMHz || !(std::fabs(mhz2 / expected - 1) < 1e-3)) continue;
-      const std::string name = direct.name;
-      return {name, name == indirect.name ? name + "_2" : indirect.name};
-    }
-  }
-  return {"D1", "D2"};
-}
-
 /// Which dimension each of the list's two columns is.
 class Directions {
  public:
@@ -388,17 +360,9 @@ std::optional<std::size_t> Directions::findDirect(const std::vector<Entry>& entr
 
 std::optional<std::size_t> Directions::findByNames() const {
   const std::array<std::string, 2> dimensions = nameDimensions(spectrum);
-  std::array<std::string, 2> found;
-  for (const std::size_t n : {0U, 1U}) {
-    for (const Nucleus& nucleus : kNuclei) {
-      const std::string& text = list.descriptions[n];
-      const bool isNamed = text.find(nucleus.name) != std::string::npos ||
-                           text.find(nucleus.otherName) != std::string::npos || (nucleus.ratio == 1.0 && text == "HN");
-      if (isNamed) found[n] = nucleus.name;
-    }
-  }
-  if (found[0] == dimensions[0] && found[1] == dimensions[1]) return 0;
-  if (found[0] == dimensions[1] && found[1] == dimensions[0]) return 1;
+  const std::array<std::string, 2> named{findNucleus(list.descriptions[0]), findNucleus(list.descriptions[1])};
+  if (named == dimensions) return 0;
+  if (named[0] == dimensions[1] && named[1] == dimensions[0]) return 1;
   return std::nullopt;
 }
 

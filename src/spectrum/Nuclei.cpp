@@ -1,0 +1,52 @@
+#include "spectrum/Nuclei.h"
+
+#include <cmath>
+
+namespace peakbox {
+
+namespace {
+
+struct Nucleus {
+  const char* name;
+  const char* otherName;
+  double ratio;  // of its frequency to that of 1H
+};
+
+constexpr std::array<Nucleus, 6> kNuclei{{{"1H", "H1", 1.0},
+                                          {"15N", "N15", 0.101368},
+                                          {"13C", "C13", 0.251450},
+                                          {"31P", "P31", 0.404807},
+                                          {"19F", "F19", 0.940940},
+                                          {"2H", "H2", 0.153506}}};
+
+constexpr double kLowestMHz = 190.0;  // of 1H in any spectrometer that is left
+constexpr double kSameRatio = 1e-3;   // far more than chemical shifts make, and less than lies between two pairs
+
+}  // namespace
+
+std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
+  const double mhz1 = std::fabs(spectrum.getObserveMHz(0));
+  const double mhz2 = std::fabs(spectrum.getObserveMHz(1));
+  for (const Nucleus& direct : kNuclei) {
+    const double protonMHz = mhz1 / direct.ratio;
+    if (!(protonMHz >= kLowestMHz)) continue;
+    for (const Nucleus& indirect : kNuclei) {
+      if (!(std::fabs(mhz2 / (protonMHz * indirect.ratio) - 1) < kSameRatio)) continue;
+      const std::string name = direct.name;
+      return {name, name == indirect.name ? name + "_2" : indirect.name};
+    }
+  }
+  return {"D1", "D2"};
+}
+
+std::string findNucleus(const std::string& text) {
+  if (text == "HN") return "1H";
+  for (const Nucleus& nucleus : kNuclei) {
+    const bool isNamed =
+        text.find(nucleus.name) != std::string::npos || text.find(nucleus.otherName) != std::string::npos;
+    if (isNamed) return nucleus.name;
+  }
+  return "";
+}
+
+}  // namespace peakbox
