@@ -1,7 +1,7 @@
 // make-series FOLDER [SEED]: writes a synthetic relaxation series whose decay rates are known, with other noise for
 // each SEED, which is 1 where none is given. There is one plane for each delay, as an NMRPipe file in the machine's
 // byte order and as an NMRView file in the other one; with them go the peak list, a parameter file for either format,
-// the known rates and the first plane as text. The same planes and peaks stand in a cube, a list of delays and a list
+// and the known rates. The same planes and peaks stand in a cube, a list of delays and a list
 // of another kind, as they may come from elsewhere.
 
 #include <array>
@@ -225,18 +225,6 @@ std::string makeRates() {
   return text.str();
 }
 
-/// ppm, ppm and value of every point, with an empty line after each row: a grid as gnuplot reads it.
-std::string makePlaneText(const Plane& plane) {
-  std::ostringstream text;
-  for (int j = 0; j < kAxis2.points; ++j) {
-    for (int i = 0; i < kAxis1.points; ++i) {
-      text << kAxis1.ppm(i) << ' ' << kAxis2.ppm(j) << ' ' << plane[at(i, j)] << '\n';
-    }
-    text << '\n';
-  }
-  return text.str();
-}
-
 /// All planes as one pseudo-three-dimensional file, whose indirect dimension is axis number 3 and whose delays are axis
 /// number 1.
 std::string makeCube(const std::vector<Plane>& planes) {
@@ -306,9 +294,6 @@ int main(int argumentCount, char** arguments) {
     const Plane& plane = planes.back();
     write(folder / spectrumFile("pipe", k), writePipe(filePlane(plane, false)));
     write(folder / spectrumFile("view", k), writeView(filePlane(plane, true)));
-    if (k == 0) {
-      write(folder / "plane-1.txt", makePlaneText(plane));
-    }
   }
   write(folder / "peaks.xpk", makePeakList());
   write(folder / "pipe.par", makeParameterFile("pipe"));
