@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "base/Messages.h"
+#include "base/TextNumbers.h"
 #include "peaks/LineSplitter.h"
 #include "spectrum/Nuclei.h"
 #include "spectrum/PipeWords.h"
@@ -73,15 +74,6 @@ std::string trim(const std::string& text) {
   constexpr const char* kBlanks = " \t\r\n";
   const std::size_t first = text.find_first_not_of(kBlanks);
   return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-/// The decimal number that is all of the text.
-std::optional<double> toNumber(const std::string& text) {
-  if (text.empty() || text.find_first_not_of("+-.0123456789eE") != std::string::npos) return std::nullopt;
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  if (*end != '\0' || !std::isfinite(value)) return std::nullopt;
-  return value;
 }
 
 /// Reads the file with Unix line ends, the last one too, and without a byte-order mark.
@@ -236,7 +228,7 @@ ForeignList ListReader::readPipeTable(std::vector<Row> rows) const {
       if (fields[1] == "X_AXIS") list.descriptions[0] = fields[2];
       if (fields[1] == "Y_AXIS") list.descriptions[1] = fields[2];
     } else if (fields[0] == "NULLVALUE" && fields.size() > 1) {
-      list.noValue = toNumber(fields[1]);
+      list.noValue = textToDecimal(fields[1]);
     } else if (fields[0] == "NULLSTRING" && fields.size() > 1) {
       list.noLabel = fields[1];
     } else if (fields[0] != "REMARK" && fields[0] != "FORMAT" && fields[0] != "DATA" && fields[0][0] != '#') {
@@ -287,12 +279,12 @@ std::vector<Entry> takeEntries(const ForeignList& list, const std::string& file)
     Entry entry{.line = row.line, .label = field(list.label)};
     for (const std::size_t n : {0U, 1U}) {
       entry.ppm[n] = field(list.ppm[n]);
-      const std::optional<double> value = toNumber(entry.ppm[n]);
+      const std::optional<double> value = textToDecimal(entry.ppm[n]);
       if (!value || value == list.noValue) refuse(place, "the position '" + entry.ppm[n] + "' is no number");
       if (list.bounds[n] < row.fields.size()) entry.bounds[n] = row.fields[list.bounds[n]];
     }
     const std::optional<double> number =
-        list.number < row.fields.size() ? toNumber(row.fields[list.number]) : std::nullopt;
+        list.number < row.fields.size() ? textToDecimal(row.fields[list.number]) : std::nullopt;
     if (number && *number == std::floor(*number) && std::fabs(*number) < 1e9) {
       entry.number = static_cast<std::int64_t>(*number);
     }
@@ -435,7 +427,7 @@ void convert(const Request& request) {
     text += std::to_string(keepsNumbers ? entry.number : static_cast<std::int64_t>(n) + 1);
     for (const std::size_t d : {0U, 1U}) {
       const std::size_t column = d == 0 ? direct : 1 - direct;
-      const bool hasBounds = !request.bounds && toNumber(entry.bounds[column]).value_or(0.0) > 0.0;
+      const bool hasBounds = !request.bounds && textToDecimal(entry.bounds[column]).value_or(0.0) > 0.0;
       const std::string width = hasBounds ? entry.bounds[column] : chooseBounds(request, dimensions)[d];
       text.append(" {").append(label).append("} ").append(entry.ppm[column]).append(" 0.0 ").append(width);
       text += " ++ {0.0} {}";
@@ -474,7 +466,7 @@ int main(int argc, char** argv) {
       const std::size_t comma = std::min(widths.find(','), widths.size() - 1);
       request.bounds = {widths.substr(0, comma), widths.substr(comma + 1)};
       for (const std::string& width : *request.bounds) {
-        if (!(toNumber(width).value_or(0.0) > 0.0)) usage();
+        if (!(textToDecimal(width).value_or(0.0) > 0.0)) usage();
       }
     } else {
       usage();

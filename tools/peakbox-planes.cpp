@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "base/Messages.h"
+#include "base/TextNumbers.h"
 #include "spectrum/FileHeader.h"
 #include "spectrum/PipeWords.h"
 
@@ -180,18 +181,16 @@ std::vector<std::string> readDelays(const std::string& file) {
     std::string text;
     std::string more;
     if (!(words >> text)) continue;
-    char* end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    const std::string suffix = end;
-    const bool isPlain = text.find_first_not_of("+-.0123456789eEnums") == std::string::npos;
-    const std::size_t step = std::string("smun").find(suffix);
-    if (words >> more || end == text.c_str() || !isPlain || !std::isfinite(value) || suffix.size() > 1 ||
-        step == std::string::npos) {
+    const std::size_t digits = text.find_last_not_of("smun") + 1;
+    const std::string suffix = text.substr(digits);
+    const std::optional<double> value = textToDecimal(text.substr(0, digits));
+    if (words >> more || !value || suffix.size() > 1) {
       refuse(file + ":" + std::to_string(number), "'" + line + "' is no delay, a number or one with n, u, m or s");
     }
+    const std::size_t step = std::string("smun").find(suffix);
     std::ostringstream seconds;
     seconds.precision(15);
-    seconds << value / std::pow(1000.0, step);
+    seconds << *value / std::pow(1000.0, step);
     delays.push_back(suffix.empty() ? text : seconds.str());
   }
   return delays;

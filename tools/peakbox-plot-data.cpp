@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "base/RunSettings.h"
+#include "base/TextNumbers.h"
 #include "base/ThrowingMessages.h"
 #include "integrate/BoxTable.h"
 #include "peaks/PeakList.h"
@@ -57,15 +58,6 @@ std::string readAll(const std::string& file) {
   text << stream.rdbuf();
   if (!stream.is_open() || text.fail()) refuse(file, "cannot be read");
   return text.str();
-}
-
-/// The decimal number that is all of the text.
-std::optional<double> toNumber(const std::string& text) {
-  if (text.empty() || text.find_first_not_of("+-.0123456789eE") != std::string::npos) return std::nullopt;
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  if (*end != '\0' || !std::isfinite(value)) return std::nullopt;
-  return value;
 }
 
 /// The text as gnuplot reads it in single quotes: without control characters, and in UTF-8 or else in ASCII.
@@ -225,7 +217,7 @@ void PlotData::read() {
   if (!request.noiseFile.empty()) noise = readNoise(request.noiseFile, settings.getSpectrumCount());
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     parameters.push_back(readParameter(k));
-    if (request.isFit && !toNumber(parameters.back())) {
+    if (request.isFit && !textToDecimal(parameters.back())) {
       refuse(request.parameterFile, "the parameter '" + parameters.back() + "' of spectrum " + std::to_string(k + 1) +
                                         " is not a number, and -f needs one");
     }
@@ -483,7 +475,8 @@ void PlotData::writeNear(int which, std::size_t k) {
 }
 
 void PlotData::writeCurves() {
-  const bool hasNumbers = std::all_of(parameters.begin(), parameters.end(), [](const auto& p) { return toNumber(p); });
+  const bool hasNumbers =
+      std::all_of(parameters.begin(), parameters.end(), [](const auto& p) { return textToDecimal(p); });
   for (std::size_t j = 0; j < courses.size(); ++j) {
     std::ofstream stream = create("curve-" + std::to_string(j + 1));
     stream.precision(10);
@@ -497,7 +490,7 @@ void PlotData::writeCurves() {
   }
   std::set<double> distinct;
   for (std::size_t k = 0; k < parameters.size(); ++k) {
-    distinct.insert(hasNumbers ? *toNumber(parameters[k]) : static_cast<double>(k + 1));
+    distinct.insert(hasNumbers ? *textToDecimal(parameters[k]) : static_cast<double>(k + 1));
   }
   const double range = *distinct.rbegin() - *distinct.begin();
   const double margin = range > 0 ? 0.05 * range : 1;

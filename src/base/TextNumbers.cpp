@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -21,6 +22,14 @@ double textToReal(const char* text) {
   const std::from_chars_result result = std::from_chars(text, text + std::strlen(text), value);
   const bool isHexadecimal = *result.ptr == 'x' || *result.ptr == 'X';
   return result.ec == std::errc() && !isHexadecimal ? value : std::strtod(text, nullptr);
+}
+
+std::optional<double> textToDecimal(const std::string& text) {
+  if (text.empty() || text.find_first_not_of("+-.0123456789eE") != std::string::npos) return std::nullopt;
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  if (*end != '\0' || !std::isfinite(value)) return std::nullopt;
+  return value;
 }
 
 std::string realToText(double value) {

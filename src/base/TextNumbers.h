@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace peakbox {
@@ -11,6 +12,9 @@ std::int32_t textToInteger(const char* text);
 
 /// The number at the start of `text`, as `strtod` reads it; 0 when there is none.
 double textToReal(const char* text);
+
+/// The finite decimal number that is all of `text`; nothing where that is anything else, a hexadecimal number too.
+std::optional<double> textToDecimal(const std::string& text);
 
 /// `value` as a stream's default format writes it, in six significant digits.
 std::string realToText(double value);

@@ -141,7 +141,8 @@ TEST_F(PeakboxPlot, RefusesWhatIsNotOfTheRun) {
       {"rm r", "r: cannot be read"},
       {"head -n 3 noise >x && mv x noise", "noise: has the noise of 2 spectra, and the run has 5"},
       {"mkdir o.pdf", "o.pdf: cannot be written"},
-      {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r", "run.par: the parameter '5ms' of spectrum 1 is not a number, and -f needs one"},
+      {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r",
+       "run.par: the parameter '5ms' of spectrum 1 is not a number, and -f needs one"},
   };
   for (const auto& [damage, message] : rows) {
     EXPECT_EQ(
