@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -58,15 +59,24 @@ BoxSums::BoxSums(const Spectrum& spectrum, std::int64_t width, std::int64_t heig
   }
 }
 
-/// Points along a box.
-std::int64_t getBoxLength(const RunSettings& settings, int dim) {
-  return 2 * std::int64_t{settings.getBoxSize(dim)} + 1;
+/// How much farther the values of `spread` scatter to one side of its centre than to the other, as they do where
+/// signals of one sign are among them.
+double compareSides(const std::vector<double>& values, const Spread& spread) {
+  double squares[2] = {};
+  double counts[2] = {};
+  for (const double value : values) {
+    const double deviation = value - spread.centre;
+    if (!(std::fabs(deviation) <= 3 * spread.deviation)) continue;
+    squares[deviation > 0] += deviation * deviation;
+    counts[deviation > 0] += 1;
+  }
+  const double ratio = std::sqrt(squares[1] / counts[1] / (squares[0] / counts[0]));
+  return std::max(ratio, 1 / ratio);
 }
 
-/// The line of the spectrum loaded last, the `number`-th from 1.
-std::string describeNoise(int number, const std::string& file, const Spectrum& spectrum, const RunSettings& settings) {
-  const std::int64_t width = getBoxLength(settings, 0);
-  const std::int64_t height = getBoxLength(settings, 1);
+/// The line of the spectrum loaded last, the `number`-th from 1, for boxes of `width` x `height` points.
+std::string describeNoise(int number, const std::string& file, const Spectrum& spectrum, std::int64_t width,
+                          std::int64_t height) {
   const BoxSums points(spectrum, 1, 1);
   for (const double value : points.sums) {
     if (!std::isfinite(value)) refuse(file, "not all values are finite");
@@ -82,6 +92,11 @@ std::string describeNoise(int number, const std::string& file, const Spectrum& s
   if (ofPoints.deviation == 0.0 || ofBoxes.deviation == 0.0) refuse(file, "the values have a spread of zero");
   if (3 * ofBoxes.used < 2 * boxes.count) {
     printMessage("peakbox-noise: " + file + ": only " + left + " are left, so signal may be in the estimate\n");
+  }
+  const double sides = compareSides(boxes.sums, ofBoxes);
+  if (sides > 1.15 + 4 / std::sqrt(static_cast<double>(ofBoxes.used))) {  // by chance they never differ that much
+    printMessage("peakbox-noise: " + file + ": the boxes scatter " + realToText(std::round(100 * sides) / 100) +
+                 " times as far to one side as to the other, so signal may be in the estimate\n");
   }
   return std::to_string(number) + '\t' + realToText(ofBoxes.deviation) + '\t' + realToText(ofPoints.deviation) + '\t' +
          std::to_string(boxes.count) + '\t' + std::to_string(ofBoxes.used) + '\n';
@@ -106,11 +121,13 @@ int main(int argc, char** argv) {
   spectrum.readHeader(settings.getSpectrumFile(0), false);
   PeakList().read(settings.getPeakListFile(), spectrum, false);
 
+  const std::int64_t width = 2 * std::int64_t{settings.getBoxSize(0)} + 1;
+  const std::int64_t height = 2 * std::int64_t{settings.getBoxSize(1)} + 1;
   std::string table = "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n";
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     const char* file = settings.getSpectrumFile(k);
     spectrum.loadData(file, false);
-    table += describeNoise(k + 1, file, spectrum, settings);
+    table += describeNoise(k + 1, file, spectrum, width, height);
   }
   if (!(std::cout << table << std::flush)) fail("peakbox-noise: the table cannot be written\n");
   return 0;

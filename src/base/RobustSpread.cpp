@@ -22,7 +22,8 @@ Spread takeMedianSpread(std::vector<double> values) {
 Spread estimateClippedSpread(const std::vector<double>& values) {
   constexpr double kReach = 3.0;
   constexpr double kKeptByReach = 0.9866;  // of a Gaussian's standard deviation, when its tails are cut there
-  constexpr int kMostRounds = 1000;        // should it never settle
+  constexpr double kSettled = 1e-9;        // relative; the last digits may go to and fro for ever
+  constexpr int kMostRounds = 1000;        // and so may a value at the edge
 
   Spread spread = takeMedianSpread(values);
   for (int round = 0; round < kMostRounds; ++round) {
@@ -42,7 +43,9 @@ Spread estimateClippedSpread(const std::vector<double>& values) {
     const double variance = std::max(0.0, sumOfSquares - sum * sum / count) / (count - 1);
     const Spread next{
         .centre = spread.centre + sum / count, .deviation = std::sqrt(variance) / kKeptByReach, .used = used};
-    if (next == std::exchange(spread, next)) break;
+    const Spread last = std::exchange(spread, next);
+    const double change = std::fabs(next.centre - last.centre) + std::fabs(next.deviation - last.deviation);
+    if (next.used == last.used && change <= kSettled * next.deviation) break;
   }
   return spread;
 }

@@ -14,8 +14,6 @@ struct Spread {
   double centre = 0.0;
   double deviation = 0.0;
   std::size_t used = 0;
-
-  bool operator==(const Spread&) const = default;
 };
 
 /// Median, and 1.4826 times the median absolute deviation; both 0 without values. All values are to be finite.

@@ -131,6 +131,14 @@ TEST(PeakboxNoise, SaysWhereSignalMayBeInIt) {
   halfEmpty.direct.size = 60;
   halfEmpty.indirect.size = 40;
   halfEmpty.value = zeros;
+  // A quarter of the points is 2 standard deviations up.
+  Plane lopsided = makePlane(false, false);
+  lopsided.value = [noise = lopsided.value](int i, int j) { return noise(i, j) + (i % 4 == 0 ? 200.0f : 0.0f); };
+  const std::string warned =
+      runExample({{"a.ft2", writePipe(lopsided)}, {"run.par", parametersWith("0")}}, "peakbox-noise run.par");
+  EXPECT_NE(warned.find("times as far to one side as to the other, so signal may be in the estimate\n"),
+            std::string::npos)
+      << warned;
   for (const std::string& bytes : {writeSmall(signals), writePipe(halfEmpty)}) {
     const std::string end =
         runExample({{"a.ft2", bytes}, {"run.par", parametersWith("1")}}, "peakbox-noise run.par 3>&1 >/dev/null");
