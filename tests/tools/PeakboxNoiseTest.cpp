@@ -131,9 +131,9 @@ TEST(PeakboxNoise, SaysWhereSignalMayBeInIt) {
   halfEmpty.direct.size = 60;
   halfEmpty.indirect.size = 40;
   halfEmpty.value = zeros;
-  // A quarter of the points is 2 standard deviations up.
+  // An eighth of the points is 3 standard deviations up.
   Plane lopsided = makePlane(false, false);
-  lopsided.value = [noise = lopsided.value](int i, int j) { return noise(i, j) + (i % 4 == 0 ? 200.0f : 0.0f); };
+  lopsided.value = [noise = lopsided.value](int i, int j) { return noise(i, j) + (i % 8 == 0 ? 300.0f : 0.0f); };
   const std::string warned =
       runExample({{"a.ft2", writePipe(lopsided)}, {"run.par", parametersWith("0")}}, "peakbox-noise run.par");
   EXPECT_NE(warned.find("times as far to one side as to the other, so signal may be in the estimate\n"),
