@@ -97,6 +97,7 @@ void runPrograms(std::string_view parameters) {
 
 void runCompanion(Main* companion, std::vector<std::string> words) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   optind = 1;

@@ -60,23 +60,50 @@ std::string readAll(const std::string& file) {
   return text.str();
 }
 
-/// The text as gnuplot reads it in single quotes: without control characters, and in UTF-8 or else in ASCII.
-std::string quote(const std::string& text) {
-  bool isUtf8 = true;
-  for (std::size_t i = 0; i < text.size(); ++i) {
+/// The characters of a UTF-8 text that common fonts have, a question mark for each other one or for a wrong byte: drawn
+/// without a glyph, one can cover a page.
+std::vector<std::string> splitCharacters(const std::string& text) {
+  std::vector<std::string> characters;
+  for (std::size_t i = 0; i < text.size();) {
     const auto first = static_cast<unsigned char>(text[i]);
-    const std::size_t more = first < 0x80 ? 0 : first >= 0xf0 ? 3 : first >= 0xe0 ? 2 : 1;
-    isUtf8 = isUtf8 && (first < 0x80 || (first >= 0xc2 && first < 0xf5));
-    for (std::size_t k = 0; k < more; ++k) {
-      isUtf8 = isUtf8 && ++i < text.size() && (static_cast<unsigned char>(text[i]) & 0xc0) == 0x80;
+    const std::size_t length = first < 0x80 ? 1 : first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    std::uint32_t code = length == 1 ? first : first & (0xffU >> (length + 1));
+    bool isWhole = first < 0x80 || (first >= 0xc2 && first < 0xf5);
+    for (std::size_t k = 1; k < length && isWhole; ++k) {
+      const auto next = static_cast<unsigned char>(i + k < text.size() ? text[i + k] : 0);
+      isWhole = (next & 0xc0) == 0x80;
+      code = code << 6 | (next & 0x3fU);
     }
+    const bool isLatinOrGreek = (code >= 0xa0 && code < 0x250) || (code >= 0x370 && code < 0x400);
+    const bool isSign = (code >= 0x2010 && code < 0x2034) || (code >= 0x2070 && code < 0x20a0);
+    if (code < 0x20 || code == 0x7f) {
+      characters.emplace_back(" ");
+    } else if (isWhole && (code < 0x7f || isLatinOrGreek || isSign)) {
+      characters.push_back(text.substr(i, length));
+    } else {
+      characters.emplace_back("?");
+    }
+    i += isWhole ? length : 1;
   }
+  return characters;
+}
+
+/// As much of a text as there is room for.
+std::vector<std::string> shorten(const std::string& text, std::size_t room) {
+  std::vector<std::string> characters = splitCharacters(text);
+  if (characters.size() > room) {
+    characters.resize(room - 1);
+    characters.emplace_back("\u2026");
+  }
+  return characters;
+}
+
+constexpr std::size_t kLabelRoom = 22;
+
+/// The text as gnuplot reads it in single quotes.
+std::string quote(const std::string& text, std::size_t room = kLabelRoom) {
   std::string quoted = "'";
-  for (const char c : text) {
-    const auto code = static_cast<unsigned char>(c);
-    quoted += code < 0x20 || code == 0x7f ? ' ' : code >= 0x80 && !isUtf8 ? '?' : c;
-    if (c == '\'') quoted += c;
-  }
+  for (const std::string& character : shorten(text, room)) quoted += character == "'" ? "''" : character;
   quoted += '\'';
   return quoted;
 }
@@ -138,7 +165,16 @@ struct Course {
   std::array<double, 2> listed{};  // its place in the list, folded, in points
   std::vector<Place> places;
   std::vector<double> intensities;
-  std::string trouble;  // the first one, empty where there is none
+  std::string trouble;  // empty where there is none
+  /// Edges of the search area in the first and in the last spectrum, in points: low and high of either dimension.
+  std::array<std::array<double, 4>, 2> areas{};
+};
+
+/// Where a label stands on the map, and the ends of the line that leads to it, in points.
+struct LabelPlace {
+  std::array<double, 2> centre{};
+  std::array<double, 2> from{};
+  std::array<double, 2> to{};
 };
 
 /// Measures a run and writes what is drawn of it.
@@ -154,23 +190,29 @@ class PlotData {
   void followPeaks(int k);
   void noteSharedPoints(int k);
   bool isAtEdge(int j) const;
-  void checkReport() const;
-  bool isWrittenAbsolute() const { return report == absoluteText.str(); }
+  void checkReport();
 
   void writeMap();
   std::vector<double> reduceRows(int j0, int j1, int step) const;
-  void writeBoxes(const std::string& name, bool withLabels, std::size_t k) const;
+  void writeBoxes(const std::string& name, std::size_t k) const;
+  void writeLabels();
   void writeNear(int which, std::size_t k);
   void writeCurves();
   void writeAxes();
+  void writeScale(std::size_t j);
   void writePeaks();
 
   Region findNear(std::size_t j) const;
-  std::vector<std::array<double, 2>> placeLabels() const;
+  std::vector<LabelPlace> placeLabels() const;
   std::string readParameter(int k) const;
   std::ofstream create(const std::string& name) const;
 
   bool isNoise(std::size_t j) const { return peaks.getLabel(static_cast<int>(j)).find("noise") != std::string::npos; }
+  /// As in the report, which may be one of magnitudes.
+  double writtenIntensity(std::size_t j, std::size_t k) const {
+    const double intensity = courses[j].intensities[k];
+    return isAbsolute && !isNoise(j) ? std::fabs(intensity) : intensity;
+  }
   double ppm(double point, int dim) const { return spectrum.pointToPpm(point, dim); }
   double ppmPerPoint(int dim) const { return std::fabs(ppm(0, dim) - ppm(1, dim)); }
   int halfWidth(int dim) const { return settings.getBoxSize(dim); }
@@ -184,6 +226,7 @@ class PlotData {
   std::vector<std::string> parameters;
   std::vector<double> noise;
   std::string report;
+  bool isAbsolute = false;
   std::ostringstream plainText;
   std::ostringstream absoluteText;
   std::optional<BoxTable> boxes;
@@ -253,24 +296,31 @@ void PlotData::measure() {
     boxes->writeSpectrumTable(k, absoluteText, absoluteSettings, spectrum, peaks);
     if (k == 0) {
       writeMap();
-      writeBoxes("boxes-1", true, 0);
+      writeLabels();
+      writeBoxes("boxes-1", 0);
       writeNear(1, 0);
     }
     if (k == last) {
-      writeBoxes("boxes-2", false, static_cast<std::size_t>(k));
+      writeBoxes("boxes-2", static_cast<std::size_t>(k));
       writeNear(2, static_cast<std::size_t>(k));
     }
   }
 }
 
 void PlotData::followPeaks(int k) {
+  constexpr double kAboveNoise = 5;  // of a point: below it the greatest one is anywhere
+  const double pointNoise = estimatePointNoise(spectrum, 1 << 16);
   for (int j = 0; j < peaks.getCount(); ++j) {
     Course& course = courses[static_cast<std::size_t>(j)];
     boxes->integratePeak(j, spectrum, halfWidth(0), halfWidth(1));
-    course.places.push_back(
-        {static_cast<int>(boxes->getExtent1(j).centre), static_cast<int>(boxes->getExtent2(j).centre)});
+    const BoxExtent& extent1 = boxes->getExtent1(j);
+    const BoxExtent& extent2 = boxes->getExtent2(j);
+    course.places.push_back({static_cast<int>(extent1.centre), static_cast<int>(extent2.centre)});
+    course.areas[k == 0 ? 0 : 1] = {extent1.low, extent1.high, extent2.low, extent2.high};
     course.intensities.push_back(boxes->getIntensity(j));
-    if (course.trouble.empty() && !isNoise(static_cast<std::size_t>(j)) && isAtEdge(j)) {
+    const double top = std::fabs(spectrum.getData()[course.places.back()[0]][course.places.back()[1]]);
+    const bool isSeen = top > kAboveNoise * pointNoise && !isNoise(static_cast<std::size_t>(j));
+    if (course.trouble.empty() && isSeen && isAtEdge(j)) {
       course.trouble = "edge of search area, spectrum " + std::to_string(k + 1);
     }
   }
@@ -295,16 +345,17 @@ void PlotData::noteSharedPoints(int k) {
     const auto [other, isFree] = peakAt.emplace(courses[j].places.back(), j);
     if (isFree) continue;
     for (const auto& [one, partner] : {std::pair{j, other->second}, {other->second, j}}) {
-      if (!courses[one].trouble.empty()) continue;
+      if (courses[one].trouble.starts_with("same")) continue;
       courses[one].trouble =
           "same point as " + peaks.getLabel(static_cast<int>(partner)) + ", spectrum " + std::to_string(k + 1);
     }
   }
 }
 
-void PlotData::checkReport() const {
+void PlotData::checkReport() {
   const std::string expected = plainText.str();
-  if (report == expected || isWrittenAbsolute()) return;
+  isAbsolute = report == absoluteText.str() && report != expected;
+  if (report == expected || isAbsolute) return;
   if (expected.starts_with(report) || absoluteText.str().starts_with(report)) {
     refuse(request.reportFile, "is incomplete: it ends within the run of " + request.parameterFile);
   }
@@ -365,14 +416,15 @@ void PlotData::writeMap() {
   constexpr double kAboveNoise = 7;
   constexpr double kFactor = 1.6;
   const double base = std::max(kAboveNoise * estimatePointNoise(spectrum, 1 << 18), 1e-3 * std::max(highest, -lowest));
-  texts << "strips = " << strips << "\nmapPositive = " << listLevels(base, highest, kFactor, 1)
+  texts << "mapBase = " << base << "\nmapFactor = " << kFactor << "\nstrips = " << strips
+        << "\nmapPositive = " << listLevels(base, highest, kFactor, 1)
         << "\nmapNegative = " << listLevels(base, -lowest, kFactor, -1) << '\n';
 }
 
-std::vector<std::array<double, 2>> PlotData::placeLabels() const {
-  // In parts of the map's width and height: the size of a character, and what a box keeps clear around it.
-  constexpr std::array<double, 2> kCharacter{0.0052, 0.015};
-  constexpr double kGap = 0.003;
+std::vector<LabelPlace> PlotData::placeLabels() const {
+  // In parts of the map's width and height: the size of a character, and what a label keeps clear of its box.
+  constexpr std::array<double, 2> kCharacter{0.0054, 0.0165};
+  constexpr std::array<double, 3> kGaps{0.007, 0.018, 0.034};
   constexpr std::array<std::array<int, 2>, 8> kSides{
       {{1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {-1, 1}, {1, -1}, {-1, -1}}};
   struct Area {
@@ -386,62 +438,81 @@ std::vector<std::array<double, 2>> PlotData::placeLabels() const {
     }
     return size;
   };
+  const std::array<double, 2> sizes{static_cast<double>(spectrum.getSize(0)), static_cast<double>(spectrum.getSize(1))};
   std::vector<Area> taken;
   for (const Course& course : courses) {
     Area box{};
     for (const int dim : {0, 1}) {
       const auto d = static_cast<std::size_t>(dim);
-      const double size = spectrum.getSize(dim);
-      box.centre[d] = course.places[0][d] / size;
-      box.half[d] = (1.8 * halfWidth(dim) + 2) / size;  // with the flanks of the peak
+      box.centre[d] = course.places[0][d] / sizes[d];
+      box.half[d] = (1.5 * halfWidth(dim) + 1) / sizes[d];  // with some of the flanks of the peak
     }
     taken.push_back(box);
   }
-  std::vector<std::array<double, 2>> labels;
+  std::vector<LabelPlace> labels;
   for (std::size_t j = 0; j < courses.size(); ++j) {
-    const auto length = static_cast<double>(peaks.getLabel(static_cast<int>(j)).size());
+    const std::string& text = peaks.getLabel(static_cast<int>(j));
+    const auto length = static_cast<double>(shorten(text, kLabelRoom).size());
+    const Area box = taken[j];
     Area best{};
+    LabelPlace place;
     double least = 1e9;
-    for (const auto& side : kSides) {
-      Area label{.centre = taken[j].centre, .half = {0.5 * kCharacter[0] * length, 0.5 * kCharacter[1]}};
-      for (const std::size_t d : {0U, 1U}) label.centre[d] += side[d] * (taken[j].half[d] + label.half[d] + kGap);
-      double cost = 0;
-      for (const Area& other : taken) cost += overlap(label, other);
-      for (const std::size_t d : {0U, 1U}) {
-        const bool isOutside = label.centre[d] - label.half[d] < 0 || label.centre[d] + label.half[d] > 1;
-        cost += isOutside ? 1 : 0;
-      }
-      if (cost < least) {
+    for (const double gap : kGaps) {
+      for (const auto& side : kSides) {
+        Area label{.centre = box.centre, .half = {0.5 * kCharacter[0] * length, 0.5 * kCharacter[1]}};
+        double cost = 1e-6 * gap;
+        for (const std::size_t d : {0U, 1U}) {
+          label.centre[d] += side[d] * (box.half[d] + label.half[d] + gap);
+          const bool isOutside = label.centre[d] - label.half[d] < 0 || label.centre[d] + label.half[d] > 1;
+          cost += isOutside ? 1 : 0;
+        }
+        for (const Area& other : taken) cost += overlap(label, other);
+        if (cost >= least) continue;
         least = cost;
         best = label;
+        for (const std::size_t d : {0U, 1U}) {
+          const double boxEdge = (halfWidth(static_cast<int>(d)) + 0.5) / sizes[d];
+          place.centre[d] = label.centre[d] * sizes[d];
+          place.from[d] = (box.centre[d] + side[d] * boxEdge) * sizes[d];
+          place.to[d] = (label.centre[d] - side[d] * label.half[d]) * sizes[d];
+        }
       }
     }
     taken.push_back(best);
-    labels.push_back({best.centre[0] * spectrum.getSize(0), best.centre[1] * spectrum.getSize(1)});
+    labels.push_back(place);
   }
   return labels;
 }
 
-void PlotData::writeBoxes(const std::string& name, bool withLabels, std::size_t k) const {
-  std::ofstream stream = create(name);
-  const std::vector<std::array<double, 2>> labels = withLabels ? placeLabels() : std::vector<std::array<double, 2>>();
-  for (std::size_t j = 0; j < courses.size(); ++j) {
-    const Place& place = courses[j].places[k];
-    stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << (halfWidth(0) + 0.5) * ppmPerPoint(0) << '\t'
-           << (halfWidth(1) + 0.5) * ppmPerPoint(1);
-    if (withLabels) stream << '\t' << ppm(labels[j][0], 0) << '\t' << ppm(labels[j][1], 1);
-    stream << '\n';
+void PlotData::writeLabels() {
+  const std::vector<LabelPlace> labels = placeLabels();
+  for (std::size_t j = 0; j < labels.size(); ++j) {
+    for (const int dim : {0, 1}) {
+      const auto d = static_cast<std::size_t>(dim);
+      const std::string name = std::to_string(dim + 1).append("_").append(std::to_string(j + 1)).append(" = ");
+      texts << "map" << name << ppm(labels[j].centre[d], dim) << "\nfrom" << name << ppm(labels[j].from[d], dim)
+            << "\nto" << name << ppm(labels[j].to[d], dim) << '\n';
+    }
   }
 }
 
-/// The surroundings of a peak that are drawn.
+void PlotData::writeBoxes(const std::string& name, std::size_t k) const {
+  std::ofstream stream = create(name);
+  for (const Course& course : courses) {
+    const Place& place = course.places[k];
+    stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << (halfWidth(0) + 0.5) * ppmPerPoint(0) << '\t'
+           << (halfWidth(1) + 0.5) * ppmPerPoint(1) << '\n';
+  }
+}
+
+/// The surroundings of a peak that are drawn; they may reach beyond the plane.
 Region PlotData::findNear(std::size_t j) const {
   Region near{};
   for (const int dim : {0, 1}) {
     const auto d = static_cast<std::size_t>(dim);
-    const int reach = std::max(dim == 0 ? 16 : 9, 3 * halfWidth(dim) + 3);
-    near.first[d] = std::max(0, courses[j].places[0][d] - reach);
-    near.last[d] = std::min(spectrum.getSize(dim) - 1, courses[j].places[0][d] + reach);
+    const int reach = dim == 0 ? std::max(18, 4 * halfWidth(0) + 4) : std::max(10, 4 * halfWidth(1) + 3);
+    near.first[d] = courses[j].places[0][d] - reach;
+    near.last[d] = courses[j].places[0][d] + reach;
   }
   return near;
 }
@@ -457,8 +528,8 @@ void PlotData::writeNear(int which, std::size_t k) {
     const Region near = findNear(j);
     double highest = 0;
     double lowest = 0;
-    for (int b = near.first[1]; b <= near.last[1]; ++b) {
-      for (int a = near.first[0]; a <= near.last[0]; ++a) {
+    for (int b = std::max(0, near.first[1]); b <= std::min(near.last[1], spectrum.getSize(1) - 1); ++b) {
+      for (int a = std::max(0, near.first[0]); a <= std::min(near.last[0], spectrum.getSize(0) - 1); ++a) {
         const double value = spectrum.getData()[a][b];
         highest = std::max(highest, value);
         lowest = std::min(lowest, value);
@@ -481,9 +552,7 @@ void PlotData::writeCurves() {
     std::ofstream stream = create("curve-" + std::to_string(j + 1));
     stream.precision(10);
     for (std::size_t k = 0; k < parameters.size(); ++k) {
-      const double intensity = courses[j].intensities[k];
-      stream << (hasNumbers ? parameters[k] : std::to_string(k + 1)) << '\t'
-             << (isWrittenAbsolute() && !isNoise(j) ? std::fabs(intensity) : intensity);
+      stream << (hasNumbers ? parameters[k] : std::to_string(k + 1)) << '\t' << writtenIntensity(j, k);
       if (!noise.empty()) stream << '\t' << noise[k];
       stream << '\n';
     }
@@ -493,9 +562,10 @@ void PlotData::writeCurves() {
     distinct.insert(hasNumbers ? *textToDecimal(parameters[k]) : static_cast<double>(k + 1));
   }
   const double range = *distinct.rbegin() - *distinct.begin();
-  const double margin = range > 0 ? 0.05 * range : 1;
+  const double margin = range > 0 ? 0.05 * range : 0.5;
+  const double step = chooseStep(range + 2 * margin, 4);
   texts << "lowX = " << *distinct.begin() - margin << "\nhighX = " << *distinct.rbegin() + margin
-        << "\nstepX = " << chooseStep(range + 2 * margin, 4) << '\n';
+        << "\nstepX = " << (hasNumbers ? step : std::max(1.0, step)) << '\n';
   texts << "hasNumbers = " << hasNumbers << "\nhasNoise = " << !noise.empty() << "\ndistinct = " << distinct.size()
         << '\n';
 }
@@ -517,8 +587,27 @@ void PlotData::writeAxes() {
     texts << "title" << d << " = '" << name << " (ppm), " << mhz.str() << " MHz'\nlow" << d << " = "
           << ppm(spectrum.getSize(dim) - 0.5, dim) << "\nhigh" << d << " = " << ppm(-0.5, dim) << '\n';
   }
-  texts << "spectra = " << parameters.size() << "\nfirstName = " << quote(settings.getSpectrumFile(0))
-        << "\nfirstTitle = " << quote(parameters.front()) << "\nlastTitle = " << quote(parameters.back()) << '\n';
+  texts << "spectra = " << parameters.size() << "\nfirstName = " << quote(settings.getSpectrumFile(0), 80)
+        << "\nrunName = " << quote(request.reportFile, 80) << "\nfirstTitle = " << quote(parameters.front(), 10)
+        << "\nlastTitle = " << quote(parameters.back(), 10) << '\n';
+}
+
+/// The range of the intensities with their uncertainties and 0, and the power of ten that they are divided by.
+void PlotData::writeScale(std::size_t j) {
+  double lowest = 0;
+  double highest = 0;
+  for (std::size_t k = 0; k < parameters.size(); ++k) {
+    const double uncertainty = noise.empty() ? 0 : noise[k];
+    lowest = std::min(lowest, writtenIntensity(j, k) - uncertainty);
+    highest = std::max(highest, writtenIntensity(j, k) + uncertainty);
+  }
+  const double greatest = std::max(highest, -lowest);
+  const double exponent = greatest > 0 ? std::floor(std::log10(greatest)) : 0;
+  const double margin = greatest > 0 ? 0.06 * (highest - lowest) / std::pow(10, exponent) : 1;
+  const std::string suffix = std::string("_").append(std::to_string(j + 1)).append(" = ");
+  texts << "exponent" << suffix << exponent << "\nlowY" << suffix
+        << lowest / std::pow(10, exponent) - (lowest < 0 ? margin : 0) << "\nhighY" << suffix
+        << highest / std::pow(10, exponent) + (highest > 0 ? margin : 0) << '\n';
 }
 
 void PlotData::writePeaks() {
@@ -530,7 +619,7 @@ void PlotData::writePeaks() {
     const std::string suffix = std::string("_").append(std::to_string(j + 1)).append(" = ");
     const Region near = findNear(j);
     texts << "label" << suffix << quote(peaks.getLabel(entry)) << "\nnumber" << suffix << peaks.getNumber(entry)
-          << "\ntrouble" << suffix << quote(course.trouble) << "\nisNoise" << suffix << isNoise(j) << '\n';
+          << "\ntrouble" << suffix << quote(course.trouble, 60) << "\nisNoise" << suffix << isNoise(j) << '\n';
     if (!isNoise(j)) {
       std::string label = peaks.getLabel(entry);
       std::replace(label.begin(), label.end(), '\t', ' ');
@@ -541,14 +630,18 @@ void PlotData::writePeaks() {
       const std::string name = std::to_string(dim + 1) + suffix;
       const double low = ppm(near.last[d], dim);
       const double high = ppm(near.first[d], dim);
-      texts << "low" << name << low << "\nhigh" << name << high << "\nstep" << name << chooseStep(high - low, 3)
+      texts << "low" << name << low << "\nhigh" << name << high << "\nstep" << name << chooseStep(high - low, 4)
             << "\nlisted" << name << ppm(course.listed[d], dim) << "\nfound" << name
             << ppm(course.places.front()[d], dim) << "\nlast" << name << ppm(course.places.back()[d], dim) << "\nwidth"
             << name << (halfWidth(dim) + 0.5) * ppmPerPoint(dim) << '\n';
+      for (const std::size_t which : {0U, 1U}) {
+        const std::size_t area = parameters.size() > 1 ? which : 0;
+        const std::string ofArea = std::to_string(which + 1).append("_").append(name);
+        texts << "areaLow" << ofArea << ppm(course.areas[area][2 * d + 1], dim) << "\nareaHigh" << ofArea
+              << ppm(course.areas[area][2 * d], dim) << '\n';
+      }
     }
-    double greatest = 0;
-    for (const double intensity : course.intensities) greatest = std::max(greatest, std::fabs(intensity));
-    texts << "exponent" << suffix << (greatest > 0 ? std::floor(std::log10(greatest)) : 0) << '\n';
+    writeScale(j);
   }
 }
 

@@ -8,12 +8,10 @@
 #include "spectrum/FileHeader.h"
 #include "spectrum/Spectrum.h"
 
-namespace peakbox {
-
 /// Where an NMRPipe header has what; its words are floats, four bytes each, and labels are eight bytes of text. An axis
 /// has a number for good, and stands first, second and so on, the fastest first, in an order that transpositions
 /// change: sizes go by that order, all else by the number.
-namespace pipe {
+namespace peakbox::pipe {
 
 constexpr std::size_t offsetOf(std::size_t word) { return 4 * word; }
 
@@ -58,6 +56,4 @@ std::optional<bool> findByteOrder(const FileHeader& header);
 /// say, and for other formats.
 std::string describeOrder(const std::string& path, const Spectrum& spectrum);
 
-}  // namespace pipe
-
-}  // namespace peakbox
+}  // namespace peakbox::pipe

@@ -34,8 +34,8 @@ std::string knownPeaks(const std::string& numbers = "123") {
 TEST(PeakboxList, IsMeasuredAtTheSamePoints) {
   const std::string measure = "peakbox -i run.par -o report'";
   const std::string cr = "\r\n";
-  const std::string ccpn = "-c Assign,\"Pos F1\",\"Pos F2\" -s a.ft2 list";
-  const std::string csv = "-c \"\\\"P, k\\\",\\\"15N, ppm\\\",1H\" -s a.ft2 list";
+  const std::string ccpn = R"(-c Assign,"Pos F1","Pos F2" -s a.ft2 list)";
+  const std::string csv = R"(-c "\"P, k\",\"15N, ppm\",1H" -s a.ft2 list)";
   struct Row {
     std::string list;
     std::string arguments;
@@ -55,7 +55,7 @@ TEST(PeakboxList, IsMeasuredAtTheSamePoints) {
        "{3}H[6]\t115\n2\t1\t10.21875\tC-3\t101.25\n",
        ccpn, "Pos F1 = 1H, Pos F2 = 15N"},
       {"\xef\xbb\xbf\"P, k\",1H,\"15N, ppm\",Note" + cr + "\"A1\",9.28125,\"127.5\",\"a\nb\"" + cr +
-           ",7.71875,115,\"x, \"\"y\"\"\"" + cr + ",,," + cr + "C-3,10.21875,101.25,",
+           R"(,7.71875,115,"x, ""y""")" + cr + ",,," + cr + "C-3,10.21875,101.25,",
        csv, "15N, ppm = 15N, 1H = 1H"},
       {"\r\n" + knownPeaks("897") + "4 x 1 2 3 ++ {0.0} {} x 4 5 6 ++ {0.0} {} 0.0 0.0 -1 {} 0", "-s a.ft2 list",
        "H = 1H, N = 15N", "897"},

@@ -51,8 +51,8 @@ std::string makeHeader(const Form& form) {
   }
   putNumber(bytes, 9, static_cast<float>(form.dimensionCount), form.isBig);
   putNumber(bytes, 27, 4, form.isBig);
-  putNumber(bytes, 99, isTransposed ? kSize2 : kSize1, form.isBig);
-  putNumber(bytes, 219, isTransposed ? kSize1 : kSize2, form.isBig);
+  putNumber(bytes, 99, static_cast<float>(isTransposed ? kSize2 : kSize1), form.isBig);
+  putNumber(bytes, 219, static_cast<float>(isTransposed ? kSize1 : kSize2), form.isBig);
   putNumber(bytes, 15, form.dimensionCount == 3 ? kPlanes : 1, form.isBig);
   putNumber(bytes, 221, form.dimensionCount == 2 && isTransposed ? 1 : 0, form.isBig);
   putNumber(bytes, 2, 2.345f, form.isBig);
