@@ -64,7 +64,7 @@ struct ForeignList {
 /// A peak as it will be written, but that the two dimensions stand in the list's order.
 struct Entry {
   std::int64_t line = 0;
-  std::int64_t number = 0;
+  std::optional<std::int64_t> number = std::nullopt;
   std::string label;
   std::array<std::string, 2> ppm{};
   std::array<std::string, 2> bounds{};
@@ -84,6 +84,8 @@ std::string readText(const std::string& file) {
   std::ostringstream bytes;
   bytes << stream.rdbuf();
   std::string text = bytes.str();
+  if (text.find('\0') != std::string::npos)
+    refuse(file, "is no plain text; is it binary, or UTF-16 (\"Unicode text\")?");
   if (text.starts_with("\xef\xbb\xbf")) text.erase(0, 3);
   std::string mended;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -97,8 +99,35 @@ std::string readText(const std::string& file) {
   return mended;
 }
 
-/// Fields between blanks, with groups in braces, as peakbox cuts its own lists; without the empty lines.
+/// As much of a text as a message has room for, on one line.
+std::string cut(std::string text, std::size_t room) {
+  if (text.size() > room) text.replace(room, std::string::npos, "...");
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, ' ');
+  return text;
+}
+
+/// The fields of each line that is not empty: between tabs where there are several, which lets labels have blanks, else
+/// between blanks.
 std::vector<Row> splitWords(const std::string& text) {
+  std::vector<Row> rows;
+  std::istringstream stream(text);
+  std::string line;
+  for (std::int64_t number = 1; std::getline(stream, line); ++number) {
+    Row row{.line = number, .fields = {}};
+    const bool hasTabs = std::count(line.begin(), line.end(), '\t') > 1;
+    std::istringstream words(line);
+    for (std::string word;
+         hasTabs ? static_cast<bool>(std::getline(words, word, '\t')) : static_cast<bool>(words >> word);) {
+      row.fields.push_back(trim(word));
+    }
+    if (!trim(line).empty()) rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+/// The fields of each line that is not empty, as peakbox cuts its own lists.
+std::vector<Row> splitOwn(const std::string& text) {
   std::vector<Row> rows;
   std::istringstream stream(text);
   LineSplitter splitter;
@@ -168,11 +197,13 @@ ForeignList ListReader::read() {
   if (rows.empty()) refuse(file, "is empty");
   const std::vector<std::string>& first = rows[0].fields;
   if (first.size() > 1 && first[0] == "Assignment" && first[1] == "w1") return readSparky(std::move(rows));
-  for (std::size_t n = 0; n < std::min<std::size_t>(rows.size(), 100); ++n) {
-    if (rows[n].fields[0] == "VARS") return readPipeTable(std::move(rows));
-    if (std::count_if(rows[n].fields.begin(), rows[n].fields.end(), endsWithPosition) == 2) {
-      return readOwn(std::move(rows), n);
-    }
+  const bool isPipe = std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.fields[0] == "VARS"; });
+  if (isPipe) return readPipeTable(std::move(rows));
+  rows = splitOwn(text);
+  for (std::size_t n = 0; n < rows.size(); ++n) {
+    const auto positions = std::count_if(rows[n].fields.begin(), rows[n].fields.end(), endsWithPosition);
+    if (positions > 2) refuse(file, "a list of more than two dimensions");
+    if (positions == 2) return readOwn(std::move(rows), n);
   }
   refuse(file,
          "no list of Sparky or POKY, NMRPipe or peakbox; the columns of a table with a header line are named by -c "
@@ -183,7 +214,11 @@ std::size_t ListReader::findColumn(const Row& header, const std::string& name) c
   const auto& fields = header.fields;
   const auto place = std::find(fields.begin(), fields.end(), name);
   const std::string line = file + ":" + std::to_string(header.line);
-  if (place == fields.end()) refuse(line, "there is no column '" + name + "'");
+  if (place == fields.end()) {
+    std::string columns;
+    for (const std::string& field : fields) columns += (columns.empty() ? "'" : ", '") + field + "'";
+    refuse(line, "there is no column '" + name + "', there are " + cut(columns, 300));
+  }
   if (std::find(place + 1, fields.end(), name) != fields.end()) refuse(line, "there are two columns '" + name + "'");
   return static_cast<std::size_t>(place - fields.begin());
 }
@@ -214,6 +249,13 @@ ForeignList ListReader::readSparky(std::vector<Row> rows) const {
     refuse(file + ":" + std::to_string(header.line), "there is no column 'w2' behind w1");
   }
   if (header.fields.size() > 3 && header.fields[3] == "w3") refuse(file, "a list of more than two dimensions");
+  for (const Row& row : list.rows) {
+    // Labels have no blanks there, and always something.
+    const bool isTooLong = header.fields.size() == 3 && row.fields.size() > 3;
+    const bool isPosition = textToDecimal(row.fields[0]) && row.fields[0].find('.') != std::string::npos;
+    if (!isTooLong && !isPosition) continue;
+    refuse(file + ":" + std::to_string(row.line), isTooLong ? "more fields than columns" : "there is no label");
+  }
   return list;
 }
 
@@ -223,6 +265,7 @@ ForeignList ListReader::readPipeTable(std::vector<Row> rows) const {
   for (Row& row : rows) {
     const std::vector<std::string>& fields = row.fields;
     if (fields[0] == "VARS") {
+      if (!header.fields.empty()) refuse(file + ":" + std::to_string(row.line), "a second table");
       header = {.line = row.line, .fields = {fields.begin() + 1, fields.end()}};
     } else if (fields[0] == "DATA" && fields.size() > 2) {
       if (fields[1] == "X_AXIS") list.descriptions[0] = fields[2];
@@ -231,7 +274,8 @@ ForeignList ListReader::readPipeTable(std::vector<Row> rows) const {
       list.noValue = textToDecimal(fields[1]);
     } else if (fields[0] == "NULLSTRING" && fields.size() > 1) {
       list.noLabel = fields[1];
-    } else if (fields[0] != "REMARK" && fields[0] != "FORMAT" && fields[0] != "DATA" && fields[0][0] != '#') {
+    } else if (fields[0] != "REMARK" && fields[0] != "FORMAT" && fields[0] != "DATA" && !fields[0].starts_with('#')) {
+      if (header.fields.empty()) refuse(file + ":" + std::to_string(row.line), "a peak before the line of VARS");
       list.rows.push_back(std::move(row));
     }
   }
@@ -254,11 +298,15 @@ ForeignList ListReader::readOwn(std::vector<Row> rows, std::size_t header) const
     const std::string name = field.substr(0, field.size() - 2);
     // A line begins with the peak's number, for which there is no name.
     list.ppm[n] = findColumn(columns, field) + 1;
-    list.bounds[n] = findColumn(columns, name + ".B") + 1;
+    const auto bounds = std::find(columns.fields.begin(), columns.fields.end(), name + ".B");
+    if (bounds != columns.fields.end()) list.bounds[n] = static_cast<std::size_t>(bounds - columns.fields.begin()) + 1;
     if (n == 0) list.label = findColumn(columns, name + ".L") + 1;
     list.names[n] = list.descriptions[n] = name;
     ++n;
   }
+  // The mark of a deleted peak is in the 18th field, unless the list says otherwise.
+  const auto stat = std::find(columns.fields.begin(), columns.fields.end(), "stat");
+  if (stat != columns.fields.end()) list.deletion = static_cast<std::size_t>(stat - columns.fields.begin()) + 1;
   list.rows.assign(std::make_move_iterator(rows.begin() + static_cast<std::ptrdiff_t>(header) + 1),
                    std::make_move_iterator(rows.end()));
   return list;
@@ -280,12 +328,12 @@ std::vector<Entry> takeEntries(const ForeignList& list, const std::string& file)
     for (const std::size_t n : {0U, 1U}) {
       entry.ppm[n] = field(list.ppm[n]);
       const std::optional<double> value = textToDecimal(entry.ppm[n]);
-      if (!value || value == list.noValue) refuse(place, "the position '" + entry.ppm[n] + "' is no number");
+      if (!value || value == list.noValue) refuse(place, "the position '" + cut(entry.ppm[n], 60) + "' is no number");
       if (list.bounds[n] < row.fields.size()) entry.bounds[n] = row.fields[list.bounds[n]];
     }
     const std::optional<double> number =
         list.number < row.fields.size() ? textToDecimal(row.fields[list.number]) : std::nullopt;
-    if (number && *number == std::floor(*number) && std::fabs(*number) < 1e9) {
+    if (number && *number == std::floor(*number) && std::fabs(*number) < 0x1p31) {
       entry.number = static_cast<std::int64_t>(*number);
     }
     entries.push_back(std::move(entry));
@@ -316,10 +364,15 @@ class Directions {
   /// The column of the direct dimension, 0 or 1; nothing where that cannot be told.
   std::optional<std::size_t> findDirect(const std::vector<Entry>& entries) const;
 
+  /// Where no way round fits all peaks, the first one that does not fit that which fits the most; else none.
+  const Entry* findMisfit(const std::vector<Entry>& entries) const;
+
   /// How often a position must be folded to lie in the spectrum.
   double countFoldings(const Entry& entry, std::size_t column, int dim) const;
 
  private:
+  static constexpr double kMostFoldings = 3.0;
+
   double countMostFoldings(const std::vector<Entry>& entries, std::size_t direct) const;
   std::optional<std::size_t> findByNames() const;
 
@@ -342,7 +395,6 @@ double Directions::countMostFoldings(const std::vector<Entry>& entries, std::siz
 }
 
 std::optional<std::size_t> Directions::findDirect(const std::vector<Entry>& entries) const {
-  constexpr double kMostFoldings = 3.0;
   const double most0 = countMostFoldings(entries, 0);
   const double most1 = countMostFoldings(entries, 1);
   if (std::min(most0, most1) > kMostFoldings) return std::nullopt;
@@ -350,8 +402,20 @@ std::optional<std::size_t> Directions::findDirect(const std::vector<Entry>& entr
   return findByNames();
 }
 
+const Entry* Directions::findMisfit(const std::vector<Entry>& entries) const {
+  std::array<std::vector<const Entry*>, 2> misfits;
+  for (const std::size_t direct : {0U, 1U}) {
+    for (const Entry& entry : entries) {
+      if (countMostFoldings({entry}, direct) > kMostFoldings) misfits[direct].push_back(&entry);
+    }
+    if (misfits[direct].empty()) return nullptr;
+  }
+  return misfits[misfits[0].size() <= misfits[1].size() ? 0 : 1].front();
+}
+
 std::optional<std::size_t> Directions::findByNames() const {
   const std::array<std::string, 2> dimensions = nameDimensions(spectrum);
+  if (list.descriptions == dimensions) return 0;
   const std::array<std::string, 2> named{findNucleus(list.descriptions[0]), findNucleus(list.descriptions[1])};
   if (named == dimensions) return 0;
   if (named[0] == dimensions[1] && named[1] == dimensions[0]) return 1;
@@ -392,7 +456,7 @@ std::string writeHeader(const Spectrum& spectrum, const std::string& name,
 bool hasOwnNumbers(const std::vector<Entry>& entries) {
   std::set<std::int64_t> numbers;
   for (const Entry& entry : entries) {
-    if (entry.number > 0) numbers.insert(entry.number);
+    if (entry.number) numbers.insert(*entry.number);
   }
   return numbers.size() == entries.size();
 }
@@ -403,19 +467,30 @@ void convert(const Request& request) {
   spectrum.readHeader(request.spectrum.c_str(), false);
   const std::string misread = pipe::describeOrder(request.spectrum, spectrum);
   if (!misread.empty()) refuse(request.spectrum, misread);
+  for (const int dim : {0, 1}) {
+    const double perPoint = spectrum.pointToPpm(0, dim) - spectrum.pointToPpm(1, dim);
+    if (spectrum.getSize(dim) == 0 || !std::isfinite(perPoint) || perPoint == 0) {
+      refuse(request.spectrum, "its dimension " + std::to_string(dim + 1) + " has no ppm axis");
+    }
+  }
   const std::array<std::string, 2> dimensions = nameDimensions(spectrum);
 
   const ForeignList list = ListReader(request.file, request.columns).read();
   const std::vector<Entry> entries = takeEntries(list, request.file);
   const Directions directions(list, spectrum);
   const std::optional<std::size_t> found = directions.findDirect(entries);
+  const Entry* misfit = found ? nullptr : directions.findMisfit(entries);
+  if (misfit != nullptr && !request.isExchanged) {
+    refuse(request.file + ":" + std::to_string(misfit->line),
+           "the positions " + misfit->ppm[0] + " and " + misfit->ppm[1] + " lie far outside " + request.spectrum);
+  }
   if (!found && !request.isExchanged) {
     refuse(request.file, "from the positions it cannot be told whether " + list.names[0] + " or " + list.names[1] +
                              " is the direct dimension of " + request.spectrum + "; -x says " + list.names[1]);
   }
   const std::size_t direct = request.isExchanged ? 1 - found.value_or(0) : *found;
 
-  std::string text = writeHeader(spectrum, request.spectrum, dimensions);
+  std::string text = writeHeader(spectrum, cut(request.spectrum, 200), dimensions);
   std::size_t unassigned = 0;
   std::size_t outside = 0;
   const bool keepsNumbers = hasOwnNumbers(entries);
@@ -424,11 +499,15 @@ void convert(const Request& request) {
     const std::string label = cleanLabel(entry.label, list);
     unassigned += label == "?";
     outside += directions.countFoldings(entry, direct, 0) > 0 || directions.countFoldings(entry, 1 - direct, 1) > 0;
-    text += std::to_string(keepsNumbers ? entry.number : static_cast<std::int64_t>(n) + 1);
+    text += std::to_string(keepsNumbers ? *entry.number : static_cast<std::int64_t>(n) + 1);
     for (const std::size_t d : {0U, 1U}) {
       const std::size_t column = d == 0 ? direct : 1 - direct;
-      const bool hasBounds = !request.bounds && textToDecimal(entry.bounds[column]).value_or(0.0) > 0.0;
+      const bool hasBounds = !request.bounds && list.bounds[column] != ForeignList::kNone;
       const std::string width = hasBounds ? entry.bounds[column] : chooseBounds(request, dimensions)[d];
+      if (!(textToDecimal(width).value_or(0.0) > 0.0)) {
+        refuse(request.file + ":" + std::to_string(entry.line),
+               "the bounds '" + cut(width, 60) + "' are no width; -b gives others");
+      }
       text.append(" {").append(label).append("} ").append(entry.ppm[column]).append(" 0.0 ").append(width);
       text += " ++ {0.0} {}";
     }
@@ -436,8 +515,8 @@ void convert(const Request& request) {
   }
   if (!(std::cout << text << std::flush)) refuse("standard output", "cannot be written");
 
-  std::cerr << request.file << ": " << entries.size() << " peaks, " << list.names[0] << " = " << dimensions[direct]
-            << ", " << list.names[1] << " = " << dimensions[1 - direct];
+  std::cerr << request.file << ": " << entries.size() << (entries.size() == 1 ? " peak, " : " peaks, ") << list.names[0]
+            << " = " << dimensions[direct] << ", " << list.names[1] << " = " << dimensions[1 - direct];
   if (unassigned > 0) std::cerr << "; " << unassigned << " without assignment";
   if (outside > 0) std::cerr << "; " << outside << " outside the spectrum, to be folded";
   std::cerr << '\n';
@@ -459,8 +538,9 @@ int main(int argc, char** argv) {
     } else if (option == 'x') {
       request.isExchanged = true;
     } else if (option == 'c') {
-      request.columns = splitTable(std::string(optarg) + "\n", ',', "-c")[0].fields;
-      if (request.columns.size() != 3) usage();
+      const std::vector<Row> names = splitTable(std::string(optarg) + "\n", ',', "-c");
+      if (names.size() != 1 || names[0].fields.size() != 3) usage();
+      request.columns = names[0].fields;
     } else if (option == 'b') {
       const std::string widths = optarg;
       const std::size_t comma = std::min(widths.find(','), widths.size() - 1);

@@ -19,8 +19,10 @@ constexpr std::array<Nucleus, 6> kNuclei{{{"1H", "H1", 1.0},
                                           {"19F", "F19", 0.940940},
                                           {"2H", "H2", 0.153506}}};
 
-constexpr double kLowestMHz = 190.0;  // of 1H in any spectrometer that is left
-constexpr double kSameRatio = 1e-3;   // far more than chemical shifts make, and less than lies between two pairs
+constexpr double kLowestMHz = 190.0;  // of 1H, in the spectrometers that there are
+constexpr double kHighestMHz = 1300.0;
+constexpr double kProtonsMHz = 300.0;  // two equal frequencies above it are taken for 1H
+constexpr double kSameRatio = 1e-3;    // far more than chemical shifts make, and less than lies between two pairs
 
 }  // namespace
 
@@ -29,10 +31,11 @@ std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
   const double mhz2 = std::fabs(spectrum.getObserveMHz(1));
   for (const Nucleus& direct : kNuclei) {
     const double protonMHz = mhz1 / direct.ratio;
-    if (!(protonMHz >= kLowestMHz)) continue;
+    if (!(protonMHz >= kLowestMHz && protonMHz <= kHighestMHz)) continue;
     for (const Nucleus& indirect : kNuclei) {
       if (!(std::fabs(mhz2 / (protonMHz * indirect.ratio) - 1) < kSameRatio)) continue;
       const std::string name = direct.name;
+      if (name == indirect.name && (name != "1H" || mhz1 < kProtonsMHz)) continue;
       return {name, name == indirect.name ? name + "_2" : indirect.name};
     }
   }

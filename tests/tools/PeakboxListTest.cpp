@@ -6,6 +6,8 @@
 
 namespace peakbox::test {
 
+using std::string_literals::operator""s;
+
 using Files = std::map<std::string, std::string>;
 
 /// 32 x 24 points: 1H from 10.84375 to 6 ppm, 0.15625 ppm each, and 15N from 133.75 to 105 ppm, 1.25 ppm each.
@@ -104,19 +106,27 @@ TEST(PeakboxList, RefusesWhatItIsNotSureOf) {
        "by -c LABEL,PPM1,PPM2"},
       {sparky, "list: has no peaks"},
       {sparky + "A 9 120\n\nB 9\n", "list:4: field 3 is missing"},
+      {sparky + "A 8 120 9.5\n", "list:2: more fields than columns"},
+      {"Assignment w1 w2 S/N\n 120.5 8.1 20\n", "list:2: there is no label"},
+      {sparky + "A 9 1\0000\n"s, "list: is no plain text; is it binary, or UTF-16 (\"Unicode text\")?"},
+      {sparky + "A 9 120\nB 9 120000\nC 8 119\n", "list:3: the positions 9 and 120000 lie far outside a.ft2"},
+      {"VARS ASS X_PPM Y_PPM\nA 9 120\nVARS X_PPM\n", "list:3: a second table"},
+      {"A 9 120\nVARS ASS X_PPM Y_PPM\n", "list:1: a peak before the line of VARS"},
+      {examplePeakHeader() + examplePeakLine({.ppm1 = "9", .width1 = "0", .ppm2 = "120"}),
+       "list:7: the bounds '0' are no width; -b gives others"},
       {sparky + "A 9 12O\n", "list:2: the position '12O' is no number"},
       {sparky + "A 9 0x78\n", "list:2: the position '0x78' is no number"},
       {sparky + "A nan 120\n", "list:2: the position 'nan' is no number"},
       {"Assignment w1 w2 w3\nA 9 120 9\n", "list: a list of more than two dimensions"},
-      {"VARS X_PPM Y_PPM\n9 120\n", "list:1: there is no column 'ASS'"},
+      {"VARS X_PPM Y_PPM\n9 120\n", "list:1: there is no column 'ASS', there are 'X_PPM', 'Y_PPM'"},
       {"NULLVALUE -666\nVARS ASS X_PPM Y_PPM\nA -666.0 120\n", "list:3: the position '-666.0' is no number"},
       {"VARS ASS X_PPM Y_PPM Z_PPM\nA 9 120 9\n", "list: a list of more than two dimensions"},
       {"L\tY\tZ\nA\t120\t9\nB\tx\t9\n", "list:3: the position 'x' is no number", "-c L,Y,Z"},
-      {table, "list:1: there is no column 'Z'", "-c L,Y,Z"},
+      {table, "list:1: there is no column 'Z', there are 'L', 'X', 'Y', 'X'", "-c L,Y,Z"},
       {table, "list:1: there are two columns 'X'", "-c L,X,Y"},
       {"L,X,Y\nA,\"9,5\",120\n", "list:2: the position '9,5' is no number", "-c L,X,Y"},
       {"L,X,Y\nA,9,120\n\"B,9,120\n", "list:3: a quote that does not end", "-c L,X,Y"},
-      {sparky + "A 9 120\nB 9 9\n", same},
+      {sparky + "A 9 120\nB 9 9\n", "list:3: the positions 9 and 9 lie far outside a.ft2"},
       {sparky + "A 9 9\n", same, "", writePipe(homonuclear)},
       {sparky + "A 9 9\n", "a.ft2: its nuclei are 1H and 1H_2, for which the bounds must be given: -b WIDTH1,WIDTH2",
        "-x", writePipe(homonuclear)},
@@ -134,8 +144,8 @@ TEST(PeakboxList, RefusesWhatItIsNotSureOf) {
         outcome(1, "peakbox-list: " + row.message + "\n"))
         << row.list;
   }
-  for (const std::string arguments :
-       {"list", "-s a.ft2", "-b 1 -s a.ft2 list", "-b 1,-1 -s a.ft2 list", "-c A,B -s a.ft2 list"}) {
+  for (const std::string arguments : {"list", "-s a.ft2", "-b 1 -s a.ft2 list", "-b 1,-1 -s a.ft2 list",
+                                      "-c A,B -s a.ft2 list", "-c '' -s a.ft2 list"}) {
     EXPECT_EQ(runExample({}, "peakbox-list " + arguments),
               outcome(2, "usage: peakbox-list [-x] [-b WIDTH1,WIDTH2] [-c LABEL,PPM1,PPM2] -s SPECTRUM LIST\n"));
   }
@@ -158,7 +168,7 @@ TEST(PeakboxList, FollowsNamesOrTheUserWherePositionsFitBothWays) {
     const std::string end =
         runExample({{"list", list}, {"a.ft2", writePipe(methyls)}},
                    "sh -c 'peakbox-list " + options + " -s a.ft2 list | sed -n 7p | cut -d \" \" -f 3-5,10-12'");
-    const std::string peaks = list.ends_with("B 1 3\n") ? "2 peaks, " : "1 peaks, ";
+    const std::string peaks = list.ends_with("B 1 3\n") ? "2 peaks, " : "1 peak, ";
     EXPECT_EQ(end, outcome(0, "list: " + peaks + names + "\n", "(no file)", fields + "\n"));
   }
 }
