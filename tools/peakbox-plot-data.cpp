@@ -1,12 +1,14 @@
 // peakbox-plot-data [-n NOISE] [-f] PARAMETER-FILE REPORT FOLDER: writes to FOLDER what peakbox-plot draws. It measures
 // the run again, and goes on only if that gives REPORT.
 //
-// settings.gp      all numbers and texts, as assignments in gnuplot's language
-// map-S            strips of the first spectrum, reduced: lines of ppm, ppm and value, with an empty line after each
-// row boxes            for each peak: label, ppm and half-widths in ppm of its box, place of its label on the map
-// near-K-1, -2     the points around the K-th peak in the first and in the last spectrum, as in map
-// labels           the number K and the label of each peak but noise peaks, separated by a tab
-// curve-K          for each spectrum: its parameter or number, the intensity, and with NOISE the uncertainty
+// settings.gp        numbers and texts of the run, as assignments in gnuplot's language
+// map-S              strips of the first spectrum, reduced: lines of ppm, ppm and value, an empty line after each row
+// boxes              for each peak the ppm and half-widths in ppm of its box on the map, and 1 where it is in trouble
+// labels             the number K and the label of each peak but noise peaks, separated by a tab
+// peak-K.gp          numbers and texts of the K-th peak
+// near-K-1, -2       the points around it in the first and in the last spectrum, as in map
+// boxes-K-1, -2      the boxes there, as in boxes
+// curve-K            for each spectrum: its parameter or number, the intensity, and with NOISE the uncertainty
 
 #include <unistd.h>
 
@@ -110,17 +112,20 @@ std::string quote(const std::string& text, std::size_t room = kLabelRoom) {
 
 /// The uncertainty of each spectrum, of a file of peakbox-noise.
 std::vector<double> readNoise(const std::string& file, int spectrumCount) {
-  std::istringstream lines(readAll(file));
+  const std::string text = readAll(file);
+  std::istringstream lines(text);
   std::string line;
   std::getline(lines, line);
-  if (!line.starts_with("# Spectrum\tBoxNoise\t")) refuse(file, "this is no file of peakbox-noise");
+  if (line != "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed") refuse(file, "this is no file of peakbox-noise");
   std::vector<double> noise;
   while (std::getline(lines, line)) {
     std::istringstream words(line);
     std::int64_t number = 0;
     double value = 0;
-    if (!(words >> number >> value) || number != static_cast<std::int64_t>(noise.size()) + 1 || !(value > 0)) {
-      refuse(file, "line " + std::to_string(noise.size() + 2) + ": not a line of peakbox-noise");
+    std::string others[3];
+    const bool isWhole = words >> number >> value >> others[0] >> others[1] >> others[2] && words.eof();
+    if (!isWhole || lines.eof() || number != static_cast<std::int64_t>(noise.size()) + 1 || !(value > 0)) {
+      refuse(file, "line " + std::to_string(noise.size() + 2) + ": not a whole line of peakbox-noise");
     }
     noise.push_back(value);
   }
@@ -160,21 +165,25 @@ struct Region {
   Place last;
 };
 
+/// Where a label stands on the map, and the ends of the line that leads to it, in points.
+struct LabelPlace {
+  std::array<double, 2> centre{};
+  std::array<double, 2> from{};
+  std::array<double, 2> to{};
+};
+
 /// A peak in all spectra of the run.
 struct Course {
   std::array<double, 2> listed{};  // its place in the list, folded, in points
   std::vector<Place> places;
   std::vector<double> intensities;
   std::string trouble;  // empty where there is none
-  /// Edges of the search area in the first and in the last spectrum, in points: low and high of either dimension.
+  LabelPlace label;
+  /// In the first and in the last spectrum: edges of the search area in points, low and high of either dimension, and
+  /// the heights of the contours.
   std::array<std::array<double, 4>, 2> areas{};
-};
-
-/// Where a label stands on the map, and the ends of the line that leads to it, in points.
-struct LabelPlace {
-  std::array<double, 2> centre{};
-  std::array<double, 2> from{};
-  std::array<double, 2> to{};
+  std::array<std::string, 2> positive;
+  std::array<std::string, 2> negative;
 };
 
 /// Measures a run and writes what is drawn of it.
@@ -187,6 +196,7 @@ class PlotData {
  private:
   void read();
   void measure();
+  void checkValues(int k) const;
   void followPeaks(int k);
   void noteSharedPoints(int k);
   bool isAtEdge(int j) const;
@@ -194,18 +204,20 @@ class PlotData {
 
   void writeMap();
   std::vector<double> reduceRows(int j0, int j1, int step) const;
-  void writeBoxes(const std::string& name, std::size_t k) const;
-  void writeLabels();
-  void writeNear(int which, std::size_t k);
-  void writeCurves();
+  void writeSurroundings(std::size_t which, std::size_t k);
+  void writeBox(std::ostream& stream, std::size_t j, std::size_t k) const;
   void writeAxes();
-  void writeScale(std::size_t j);
-  void writePeaks();
+  void writeParameters();
+  void writeLists() const;
+  void writeCurve(std::size_t j) const;
+  void writePeak(std::size_t j) const;
+  void writeLabel(std::size_t j, std::ostream& stream) const;
+  void writeScale(std::size_t j, std::ostream& stream) const;
 
   Region findNear(std::size_t j) const;
-  std::vector<LabelPlace> placeLabels() const;
+  void placeLabels();
   std::string readParameter(int k) const;
-  std::ofstream create(const std::string& name) const;
+  void save(const std::string& name, const std::string& text) const;
 
   bool isNoise(std::size_t j) const { return peaks.getLabel(static_cast<int>(j)).find("noise") != std::string::npos; }
   /// As in the report, which may be one of magnitudes.
@@ -216,6 +228,12 @@ class PlotData {
   double ppm(double point, int dim) const { return spectrum.pointToPpm(point, dim); }
   double ppmPerPoint(int dim) const { return std::fabs(ppm(0, dim) - ppm(1, dim)); }
   int halfWidth(int dim) const { return settings.getBoxSize(dim); }
+  /// Of the box's outline, which is drawn around its points.
+  double halfWidthPpm(int dim) const { return (halfWidth(dim) + 0.5) * ppmPerPoint(dim); }
+  /// What the curves run over.
+  double abscissa(std::size_t k) const {
+    return hasNumbers ? *textToDecimal(parameters[k]) : static_cast<double>(k + 1);
+  }
 
   const Request request;
   RunSettings settings;
@@ -227,27 +245,33 @@ class PlotData {
   std::vector<double> noise;
   std::string report;
   bool isAbsolute = false;
+  bool hasNumbers = false;  // all parameters are numbers
   std::ostringstream plainText;
   std::ostringstream absoluteText;
   std::optional<BoxTable> boxes;
-  std::ofstream texts;  // settings.gp
+  std::ostringstream texts;  // settings.gp
 };
 
-std::ofstream PlotData::create(const std::string& name) const {
+void PlotData::save(const std::string& name, const std::string& text) const {
   std::ofstream stream(request.folder + "/" + name);
-  if (!stream.is_open()) refuse(request.folder + "/" + name, "cannot be created");
-  return stream;
+  stream << text;
+  stream.close();
+  if (!stream) refuse(request.folder + "/" + name, "cannot be written");
 }
 
 void PlotData::write() {
   read();
   measure();
   checkReport();
-  writeCurves();
   writeAxes();
-  writePeaks();
-  texts.close();
-  if (!texts) refuse(request.folder, "cannot be written");
+  writeParameters();
+  placeLabels();
+  writeLists();
+  for (std::size_t j = 0; j < courses.size(); ++j) {
+    writePeak(j);
+    writeCurve(j);
+  }
+  save("settings.gp", texts.str());
 }
 
 void PlotData::read() {
@@ -260,12 +284,15 @@ void PlotData::read() {
   if (!request.noiseFile.empty()) noise = readNoise(request.noiseFile, settings.getSpectrumCount());
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     parameters.push_back(readParameter(k));
+    if (request.isFit && parameters.back().empty()) {
+      refuse(request.parameterFile, "spectrum " + std::to_string(k + 1) + " has no parameter, and -f needs one");
+    }
     if (request.isFit && !textToDecimal(parameters.back())) {
       refuse(request.parameterFile, "the parameter '" + parameters.back() + "' of spectrum " + std::to_string(k + 1) +
                                         " is not a number, and -f needs one");
     }
   }
-  texts = create("settings.gp");
+  hasNumbers = std::all_of(parameters.begin(), parameters.end(), [](const auto& p) { return textToDecimal(p); });
 }
 
 /// The first parameter of a spectrum, empty where it has none.
@@ -290,19 +317,23 @@ void PlotData::measure() {
   const int last = settings.getSpectrumCount() - 1;
   for (int k = 0; k <= last; ++k) {
     spectrum.loadData(settings.getSpectrumFile(k), false);
+    checkValues(k);
     followPeaks(k);
     if (k == 0) boxes->recentreBoxes(peaks.getCount());
     boxes->writeSpectrumTable(k, plainText, settings, spectrum, peaks);
     boxes->writeSpectrumTable(k, absoluteText, absoluteSettings, spectrum, peaks);
     if (k == 0) {
       writeMap();
-      writeLabels();
-      writeBoxes("boxes-1", 0);
-      writeNear(1, 0);
+      writeSurroundings(0, 0);
     }
-    if (k == last) {
-      writeBoxes("boxes-2", static_cast<std::size_t>(k));
-      writeNear(2, static_cast<std::size_t>(k));
+    if (k == last) writeSurroundings(1, static_cast<std::size_t>(k));
+  }
+}
+
+void PlotData::checkValues(int k) const {
+  for (int i = 0; i < spectrum.getSize(0); ++i) {
+    for (int j = 0; j < spectrum.getSize(1); ++j) {
+      if (!std::isfinite(spectrum.getData()[i][j])) refuse(settings.getSpectrumFile(k), "not all values are finite");
     }
   }
 }
@@ -316,7 +347,8 @@ void PlotData::followPeaks(int k) {
     const BoxExtent& extent1 = boxes->getExtent1(j);
     const BoxExtent& extent2 = boxes->getExtent2(j);
     course.places.push_back({static_cast<int>(extent1.centre), static_cast<int>(extent2.centre)});
-    course.areas[k == 0 ? 0 : 1] = {extent1.low, extent1.high, extent2.low, extent2.high};
+    course.areas[1] = {extent1.low, extent1.high, extent2.low, extent2.high};
+    if (k == 0) course.areas[0] = course.areas[1];
     course.intensities.push_back(boxes->getIntensity(j));
     const double top = std::fabs(spectrum.getData()[course.places.back()[0]][course.places.back()[1]]);
     const bool isSeen = top > kAboveNoise * pointNoise && !isNoise(static_cast<std::size_t>(j));
@@ -373,7 +405,7 @@ std::vector<double> PlotData::reduceRows(int j0, int j1, int step) const {
     for (int i = 0; i < spectrum.getSize(0); ++i) {
       const double value = spectrum.getData()[i][j];
       double& cell = cells[static_cast<std::size_t>(i / step)];
-      if (std::fabs(value) > std::fabs(cell) && std::isfinite(value)) cell = value;
+      if (std::fabs(value) > std::fabs(cell)) cell = value;
     }
   }
   return cells;
@@ -391,27 +423,25 @@ void PlotData::writeMap() {
   double highest = 0;
   double lowest = 0;
   int strips = 0;
-  std::ofstream strip;
-  std::string row;
+  std::string strip;
   for (int n = 0; n * step2 < size2; ++n) {
     const int j0 = n * step2;
     const int j1 = std::min(j0 + step2, size2);
     const std::vector<double> cells = reduceRows(j0, j1, step1);
-    std::ostringstream text;
+    std::ostringstream row;
     for (std::size_t c = 0; c < cells.size(); ++c) {
       const int i0 = static_cast<int>(c) * step1;
       const int i1 = std::min(i0 + step1, size1);
-      text << ppm(0.5 * (i0 + i1 - 1), 0) << ' ' << ppm(0.5 * (j0 + j1 - 1), 1) << ' ' << cells[c] << '\n';
+      row << ppm(0.5 * (i0 + i1 - 1), 0) << ' ' << ppm(0.5 * (j0 + j1 - 1), 1) << ' ' << cells[c] << '\n';
       highest = std::max(highest, cells[c]);
       lowest = std::min(lowest, cells[c]);
     }
-    text << '\n';
-    if (n % kStripRows == 0) {
-      strip = create("map-" + std::to_string(++strips));
-      strip << row;
+    row << '\n';
+    strip += row.str();
+    if (n % kStripRows == kStripRows - 1 || j1 == size2) {
+      save("map-" + std::to_string(++strips), strip);
+      strip = row.str();
     }
-    row = text.str();
-    strip << row;
   }
   constexpr double kAboveNoise = 7;
   constexpr double kFactor = 1.6;
@@ -421,7 +451,7 @@ void PlotData::writeMap() {
         << "\nmapNegative = " << listLevels(base, -lowest, kFactor, -1) << '\n';
 }
 
-std::vector<LabelPlace> PlotData::placeLabels() const {
+void PlotData::placeLabels() {
   // In parts of the map's width and height: the size of a character, and what a label keeps clear of its box.
   constexpr std::array<double, 2> kCharacter{0.0054, 0.0165};
   constexpr std::array<double, 3> kGaps{0.007, 0.018, 0.034};
@@ -449,13 +479,12 @@ std::vector<LabelPlace> PlotData::placeLabels() const {
     }
     taken.push_back(box);
   }
-  std::vector<LabelPlace> labels;
   for (std::size_t j = 0; j < courses.size(); ++j) {
     const std::string& text = peaks.getLabel(static_cast<int>(j));
     const auto length = static_cast<double>(shorten(text, kLabelRoom).size());
     const Area box = taken[j];
     Area best{};
-    LabelPlace place;
+    LabelPlace& place = courses[j].label;
     double least = 1e9;
     for (const double gap : kGaps) {
       for (const auto& side : kSides) {
@@ -479,30 +508,14 @@ std::vector<LabelPlace> PlotData::placeLabels() const {
       }
     }
     taken.push_back(best);
-    labels.push_back(place);
-  }
-  return labels;
-}
-
-void PlotData::writeLabels() {
-  const std::vector<LabelPlace> labels = placeLabels();
-  for (std::size_t j = 0; j < labels.size(); ++j) {
-    for (const int dim : {0, 1}) {
-      const auto d = static_cast<std::size_t>(dim);
-      const std::string name = std::to_string(dim + 1).append("_").append(std::to_string(j + 1)).append(" = ");
-      texts << "map" << name << ppm(labels[j].centre[d], dim) << "\nfrom" << name << ppm(labels[j].from[d], dim)
-            << "\nto" << name << ppm(labels[j].to[d], dim) << '\n';
-    }
   }
 }
 
-void PlotData::writeBoxes(const std::string& name, std::size_t k) const {
-  std::ofstream stream = create(name);
-  for (const Course& course : courses) {
-    const Place& place = course.places[k];
-    stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << (halfWidth(0) + 0.5) * ppmPerPoint(0) << '\t'
-           << (halfWidth(1) + 0.5) * ppmPerPoint(1) << '\n';
-  }
+/// The box of the j-th peak in the k-th spectrum, as one line.
+void PlotData::writeBox(std::ostream& stream, std::size_t j, std::size_t k) const {
+  const Place& place = courses[j].places[k];
+  stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << halfWidthPpm(0) << '\t' << halfWidthPpm(1) << '\t'
+         << !courses[j].trouble.empty() << '\n';
 }
 
 /// The surroundings of a peak that are drawn; they may reach beyond the plane.
@@ -517,14 +530,15 @@ Region PlotData::findNear(std::size_t j) const {
   return near;
 }
 
-void PlotData::writeNear(int which, std::size_t k) {
+/// What is around each peak in the first or in the last spectrum.
+void PlotData::writeSurroundings(std::size_t which, std::size_t k) {
   constexpr double kAboveNoise = 3;
   constexpr double kPart = 0.08;  // of the peak
   constexpr double kFactor = 1.5;
   const double pointNoise = estimatePointNoise(spectrum, 1 << 18);
   for (std::size_t j = 0; j < courses.size(); ++j) {
-    const std::string name = std::to_string(j + 1) + "-" + std::to_string(which);
-    std::ofstream stream = create("near-" + name);
+    const std::string name = std::to_string(j + 1) + "-" + std::to_string(which + 1);
+    std::ostringstream stream;
     const Region near = findNear(j);
     double highest = 0;
     double lowest = 0;
@@ -537,43 +551,30 @@ void PlotData::writeNear(int which, std::size_t k) {
       }
       stream << '\n';
     }
-    const double top = std::fabs(spectrum.getData()[courses[j].places[k][0]][courses[j].places[k][1]]);
+    save("near-" + name, stream.str());
+    Course& course = courses[j];
+    const double top = std::fabs(spectrum.getData()[course.places[k][0]][course.places[k][1]]);
     const double base = std::max({kAboveNoise * pointNoise, kPart * top, 1e-3 * std::max(highest, -lowest)});
-    const std::string suffix = std::to_string(which) + "_" + std::to_string(j + 1) + " = ";
-    texts << "positive" << suffix << listLevels(base, highest, kFactor, 1) << "\nnegative" << suffix
-          << listLevels(base, -lowest, kFactor, -1) << '\n';
-  }
-}
+    course.positive[which] = listLevels(base, highest, kFactor, 1);
+    course.negative[which] = listLevels(base, -lowest, kFactor, -1);
 
-void PlotData::writeCurves() {
-  const bool hasNumbers =
-      std::all_of(parameters.begin(), parameters.end(), [](const auto& p) { return textToDecimal(p); });
-  for (std::size_t j = 0; j < courses.size(); ++j) {
-    std::ofstream stream = create("curve-" + std::to_string(j + 1));
-    stream.precision(10);
-    for (std::size_t k = 0; k < parameters.size(); ++k) {
-      stream << (hasNumbers ? parameters[k] : std::to_string(k + 1)) << '\t' << writtenIntensity(j, k);
-      if (!noise.empty()) stream << '\t' << noise[k];
-      stream << '\n';
+    std::ostringstream boxesThere;
+    for (std::size_t other = 0; other < courses.size(); ++other) {
+      bool isNear = true;
+      for (const int dim : {0, 1}) {
+        const auto d = static_cast<std::size_t>(dim);
+        const int point = courses[other].places[k][d];
+        isNear = isNear && point + halfWidth(dim) >= near.first[d] && point - halfWidth(dim) <= near.last[d];
+      }
+      if (isNear) writeBox(boxesThere, other, k);
     }
+    save("boxes-" + name, boxesThere.str());
   }
-  std::set<double> distinct;
-  for (std::size_t k = 0; k < parameters.size(); ++k) {
-    distinct.insert(hasNumbers ? *textToDecimal(parameters[k]) : static_cast<double>(k + 1));
-  }
-  const double range = *distinct.rbegin() - *distinct.begin();
-  const double margin = range > 0 ? 0.05 * range : 0.5;
-  const double step = chooseStep(range + 2 * margin, 4);
-  texts << "lowX = " << *distinct.begin() - margin << "\nhighX = " << *distinct.rbegin() + margin
-        << "\nstepX = " << (hasNumbers ? step : std::max(1.0, step)) << '\n';
-  texts << "hasNumbers = " << hasNumbers << "\nhasNoise = " << !noise.empty() << "\ndistinct = " << distinct.size()
-        << '\n';
 }
 
 /// "1H" with its mass number raised, and the frequency.
 void PlotData::writeAxes() {
   const std::array<std::string, 2> names = nameDimensions(spectrum);
-  texts.precision(10);
   for (const int dim : {0, 1}) {
     std::string name = names[static_cast<std::size_t>(dim)];
     if (name[0] != 'D') {
@@ -584,16 +585,96 @@ void PlotData::writeAxes() {
     const std::string d = std::to_string(dim + 1);
     std::ostringstream mhz;
     mhz << spectrum.getObserveMHz(dim);
-    texts << "title" << d << " = '" << name << " (ppm), " << mhz.str() << " MHz'\nlow" << d << " = "
-          << ppm(spectrum.getSize(dim) - 0.5, dim) << "\nhigh" << d << " = " << ppm(-0.5, dim) << '\n';
+    texts << "title" << d << " = '" << name << " (ppm), " << mhz.str() << " MHz'\nplaneLow" << d << " = "
+          << ppm(spectrum.getSize(dim) - 0.5, dim) << "\nplaneHigh" << d << " = " << ppm(-0.5, dim) << "\nboxWidth" << d
+          << " = " << 2 * halfWidthPpm(dim) << '\n';
   }
-  texts << "spectra = " << parameters.size() << "\nfirstName = " << quote(settings.getSpectrumFile(0), 80)
-        << "\nrunName = " << quote(request.reportFile, 80) << "\nfirstTitle = " << quote(parameters.front(), 10)
-        << "\nlastTitle = " << quote(parameters.back(), 10) << '\n';
+  texts << "peaks = " << courses.size() << "\nspectra = " << parameters.size()
+        << "\nfirstName = " << quote(settings.getSpectrumFile(0), 80) << "\nrunName = " << quote(request.reportFile, 80)
+        << "\nfirstTitle = " << quote(parameters.front(), 10) << "\nlastTitle = " << quote(parameters.back(), 10)
+        << '\n';
+}
+
+void PlotData::writeParameters() {
+  std::set<double> distinct;
+  for (std::size_t k = 0; k < parameters.size(); ++k) distinct.insert(abscissa(k));
+  const double range = *distinct.rbegin() - *distinct.begin();
+  const double margin = range > 0 ? 0.05 * range : 0.5;
+  const double step = chooseStep(range + 2 * margin, 4);
+  texts.precision(17);  // a narrow range may lie far from 0
+  texts << "startX = " << *distinct.begin() << "\nrangeX = " << range << "\nlowX = " << *distinct.begin() - margin
+        << "\nhighX = " << *distinct.rbegin() + margin << "\nstepX = " << (hasNumbers ? step : std::max(1.0, step))
+        << "\nhasNumbers = " << hasNumbers << "\nhasNoise = " << !noise.empty() << "\ndistinct = " << distinct.size()
+        << '\n';
+}
+
+/// The lists of all peaks.
+void PlotData::writeLists() const {
+  std::ostringstream boxesOfMap;
+  std::ostringstream labels;
+  for (std::size_t j = 0; j < courses.size(); ++j) {
+    writeBox(boxesOfMap, j, 0);
+    std::string label = peaks.getLabel(static_cast<int>(j));
+    std::replace(label.begin(), label.end(), '\t', ' ');
+    if (!isNoise(j)) labels << j + 1 << '\t' << label << '\n';
+  }
+  save("boxes", boxesOfMap.str());
+  save("labels", labels.str());
+}
+
+void PlotData::writeCurve(std::size_t j) const {
+  std::ostringstream stream;
+  stream.precision(17);
+  for (std::size_t k = 0; k < parameters.size(); ++k) {
+    stream << abscissa(k) << '\t' << writtenIntensity(j, k);
+    if (!noise.empty()) stream << '\t' << noise[k];
+    stream << '\n';
+  }
+  save("curve-" + std::to_string(j + 1), stream.str());
+}
+
+/// Arrays have one entry for the first and one for the last spectrum.
+void PlotData::writePeak(std::size_t j) const {
+  const Course& course = courses[j];
+  const int entry = static_cast<int>(j);
+  std::ostringstream stream;
+  const auto writePair = [&stream](const std::string& name, const auto& first, const auto& second) {
+    stream << "array " << name << "[2] = [" << first << ", " << second << "]\n";
+  };
+  stream << "isFitted = 0\nremark = ''\nnumber = " << peaks.getNumber(entry)
+         << "\nname = " << quote(peaks.getLabel(entry)) << "\ntrouble = " << quote(course.trouble, 60) << '\n';
+  writePair("positive", course.positive[0], course.positive[1]);
+  writePair("negative", course.negative[0], course.negative[1]);
+  const Region near = findNear(j);
+  for (const int dim : {0, 1}) {
+    const auto d = static_cast<std::size_t>(dim);
+    const std::string number = std::to_string(dim + 1);
+    const double low = ppm(near.last[d], dim);
+    const double high = ppm(near.first[d], dim);
+    stream << "low" << number << " = " << low << "\nhigh" << number << " = " << high << "\nstep" << number << " = "
+           << chooseStep(high - low, dim == 0 ? 8 : 4) << "\nlisted" << number << " = " << ppm(course.listed[d], dim)
+           << '\n';
+    writePair("found" + number, ppm(course.places.front()[d], dim), ppm(course.places.back()[d], dim));
+    writePair("areaLow" + number, ppm(course.areas[0][2 * d + 1], dim), ppm(course.areas[1][2 * d + 1], dim));
+    writePair("areaHigh" + number, ppm(course.areas[0][2 * d], dim), ppm(course.areas[1][2 * d], dim));
+  }
+  writeLabel(j, stream);
+  writeScale(j, stream);
+  save("peak-" + std::to_string(j + 1) + ".gp", stream.str());
+}
+
+void PlotData::writeLabel(std::size_t j, std::ostream& stream) const {
+  const LabelPlace& place = courses[j].label;
+  for (const int dim : {0, 1}) {
+    const auto d = static_cast<std::size_t>(dim);
+    const std::string equals = std::to_string(dim + 1) + " = ";
+    stream << "map" << equals << ppm(place.centre[d], dim) << "\nfrom" << equals << ppm(place.from[d], dim) << "\nto"
+           << equals << ppm(place.to[d], dim) << '\n';
+  }
 }
 
 /// The range of the intensities with their uncertainties and 0, and the power of ten that they are divided by.
-void PlotData::writeScale(std::size_t j) {
+void PlotData::writeScale(std::size_t j, std::ostream& stream) const {
   double lowest = 0;
   double highest = 0;
   for (std::size_t k = 0; k < parameters.size(); ++k) {
@@ -603,46 +684,12 @@ void PlotData::writeScale(std::size_t j) {
   }
   const double greatest = std::max(highest, -lowest);
   const double exponent = greatest > 0 ? std::floor(std::log10(greatest)) : 0;
-  const double margin = greatest > 0 ? 0.06 * (highest - lowest) / std::pow(10, exponent) : 1;
-  const std::string suffix = std::string("_").append(std::to_string(j + 1)).append(" = ");
-  texts << "exponent" << suffix << exponent << "\nlowY" << suffix
-        << lowest / std::pow(10, exponent) - (lowest < 0 ? margin : 0) << "\nhighY" << suffix
-        << highest / std::pow(10, exponent) + (highest > 0 ? margin : 0) << '\n';
-}
-
-void PlotData::writePeaks() {
-  std::ofstream labels = create("labels");
-  texts << "peaks = " << courses.size() << '\n';
-  for (std::size_t j = 0; j < courses.size(); ++j) {
-    const Course& course = courses[j];
-    const int entry = static_cast<int>(j);
-    const std::string suffix = std::string("_").append(std::to_string(j + 1)).append(" = ");
-    const Region near = findNear(j);
-    texts << "label" << suffix << quote(peaks.getLabel(entry)) << "\nnumber" << suffix << peaks.getNumber(entry)
-          << "\ntrouble" << suffix << quote(course.trouble, 60) << "\nisNoise" << suffix << isNoise(j) << '\n';
-    if (!isNoise(j)) {
-      std::string label = peaks.getLabel(entry);
-      std::replace(label.begin(), label.end(), '\t', ' ');
-      labels << j + 1 << '\t' << label << '\n';
-    }
-    for (const int dim : {0, 1}) {
-      const auto d = static_cast<std::size_t>(dim);
-      const std::string name = std::to_string(dim + 1) + suffix;
-      const double low = ppm(near.last[d], dim);
-      const double high = ppm(near.first[d], dim);
-      texts << "low" << name << low << "\nhigh" << name << high << "\nstep" << name << chooseStep(high - low, 4)
-            << "\nlisted" << name << ppm(course.listed[d], dim) << "\nfound" << name
-            << ppm(course.places.front()[d], dim) << "\nlast" << name << ppm(course.places.back()[d], dim) << "\nwidth"
-            << name << (halfWidth(dim) + 0.5) * ppmPerPoint(dim) << '\n';
-      for (const std::size_t which : {0U, 1U}) {
-        const std::size_t area = parameters.size() > 1 ? which : 0;
-        const std::string ofArea = std::to_string(which + 1).append("_").append(name);
-        texts << "areaLow" << ofArea << ppm(course.areas[area][2 * d + 1], dim) << "\nareaHigh" << ofArea
-              << ppm(course.areas[area][2 * d], dim) << '\n';
-      }
-    }
-    writeScale(j);
-  }
+  const double scale = std::pow(10, exponent);
+  const double margin = greatest > 0 ? 0.06 * (highest - lowest) / scale : 1;
+  const double lowY = lowest / scale - (lowest < 0 ? margin : 0);
+  const double highY = highest / scale + (highest > 0 ? margin : 0);
+  stream << "exponent = " << exponent << "\nlowY = " << lowY << "\nhighY = " << highY
+         << "\nstepY = " << chooseStep(highY - lowY, 5) << '\n';
 }
 
 [[noreturn]] void usage() {

@@ -71,7 +71,13 @@ class PeakboxPlot : public testing::Test {
 };
 
 TEST_F(PeakboxPlot, GivesTheRatesOfAnIndependentFit) {
-  for (const bool hasNoise : {true, false}) {
+  struct Row {
+    std::vector<std::string> parameters;  // kTimes in another unit, from another start
+    double unit = 1;
+    bool hasNoise = true;
+  };
+  for (const auto& [parameters, unit, hasNoise] :
+       {Row{kParameters}, {kParameters, 1, false}, {{"9500", "9000", "10000", "11000", "13000"}, 1000}}) {
     const std::vector<double> weights = hasNoise ? kNoise : std::vector<double>(kTimes.size(), 1.0);
     double best = 0.01;
     for (double rate = 0.01; rate < 3; rate += 1e-5) {
@@ -83,7 +89,7 @@ TEST_F(PeakboxPlot, GivesTheRatesOfAnIndependentFit) {
         (sumSquares(best + step, weights) - 2 * least + sumSquares(best - step, weights)) / (step * step);
     const double error = std::sqrt(2 / curvature * (hasNoise ? 1 : least / 3));
 
-    const std::string end = plot(makeSeries(kParameters),
+    const std::string end = plot(makeSeries(parameters),
                                  std::string("peakbox-plot ") + (hasNoise ? "-n noise" : "") + " -f run.par r o.pdf");
     const std::string start = outcome(
         0, "", "(no file)",
@@ -99,8 +105,8 @@ TEST_F(PeakboxPlot, GivesTheRatesOfAnIndependentFit) {
       std::istringstream numbers(line);
       double values[4] = {};
       for (double& value : values) numbers >> value;
-      EXPECT_NEAR(values[0], best, 1e-4);
-      EXPECT_NEAR(values[1] / error, 1, 0.02);
+      EXPECT_NEAR(values[0] * unit, best, 1e-4);
+      EXPECT_NEAR(values[1] * unit / error, 1, 0.02);
       EXPECT_NEAR(values[2] / least, 1, 1e-4);
       EXPECT_EQ(values[3], 3);
       EXPECT_TRUE(numbers.eof());
@@ -140,6 +146,7 @@ TEST_F(PeakboxPlot, RefusesWhatIsNotOfTheRun) {
       {"head -n 8 r >x && mv x r", "r: is incomplete: it ends within the run of run.par"},
       {"rm r", "r: cannot be read"},
       {"head -n 3 noise >x && mv x noise", "noise: has the noise of 2 spectra, and the run has 5"},
+      {"head -c -3 noise >x && mv x noise", "noise: line 6: not a whole line of peakbox-noise"},
       {"mkdir o.pdf", "o.pdf: cannot be written"},
       {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r",
        "run.par: the parameter '5ms' of spectrum 1 is not a number, and -f needs one"},
@@ -152,9 +159,11 @@ TEST_F(PeakboxPlot, RefusesWhatIsNotOfTheRun) {
   }
   EXPECT_EQ(plot(makeSeries(kParameters), "rm s4; peakbox-plot run.par r o.pdf; test -f o.pdf"),
             outcome(1, "Unable to open datafile s4\n"));
-  for (const std::string arguments : {"run.par r", "run.par r o.ps", "-x run.par r o.pdf"}) {
+  for (const std::string arguments : {"run.par r", "-x run.par r o.pdf", "run.par r o.ps"}) {
+    const std::string reason = arguments.ends_with(".ps") ? "o.ps: the ending must be .pdf, .png or .svg\n" : "";
     EXPECT_EQ(runExample({}, "peakbox-plot " + arguments),
-              outcome(2, "usage: peakbox-plot [-n NOISE] [-f] PARAMETER-FILE REPORT OUTPUT.(pdf|png|svg)\n"));
+              outcome(2, (reason.empty() ? "" : "peakbox-plot: " + reason) +
+                             "usage: peakbox-plot [-n NOISE] [-f] PARAMETER-FILE REPORT OUTPUT.(pdf|png|svg)\n"));
   }
 }
 
