@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <sstream>
+#include <tuple>
 #include <vector>
 
 #include "support/ExampleRun.h"
@@ -71,13 +72,10 @@ class PeakboxPlot : public testing::Test {
 };
 
 TEST_F(PeakboxPlot, GivesTheRatesOfAnIndependentFit) {
-  struct Row {
-    std::vector<std::string> parameters;  // kTimes in another unit, from another start
-    double unit = 1;
-    bool hasNoise = true;
-  };
-  for (const auto& [parameters, unit, hasNoise] :
-       {Row{kParameters}, {kParameters, 1, false}, {{"9500", "9000", "10000", "11000", "13000"}, 1000}}) {
+  // kTimes in some unit and from some start, the unit, and whether the noise is given.
+  const std::tuple<std::vector<std::string>, double, bool> rows[] = {
+      {kParameters, 1, true}, {kParameters, 1, false}, {{"9500", "9000", "10000", "11000", "13000"}, 1000, true}};
+  for (const auto& [parameters, unit, hasNoise] : rows) {
     const std::vector<double> weights = hasNoise ? kNoise : std::vector<double>(kTimes.size(), 1.0);
     double best = 0.01;
     for (double rate = 0.01; rate < 3; rate += 1e-5) {
