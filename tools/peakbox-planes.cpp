@@ -8,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -16,6 +17,7 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <system_error>
@@ -101,6 +103,9 @@ Layout LayoutReader::read() {
   Layout layout;
   layout.isSwapped = isSwapped;
   layout.dimensionCount = integer(pipe::kDimensionCount);
+  if (layout.dimensionCount < 1 || layout.dimensionCount > static_cast<int>(pipe::kMostAxes)) {
+    refuse(file, "this is no file of NMRPipe, or its header is damaged");
+  }
   if (layout.dimensionCount != 2 && layout.dimensionCount != 3) {
     refuse(file, "has " + std::to_string(layout.dimensionCount) + " dimensions, and only two or three can be read");
   }
@@ -204,11 +209,11 @@ class PlaneWriter {
   /// The file of a plane, counted from 1.
   std::string nameFile(std::int64_t plane) const;
 
-  void makeFolder();
   void write(const std::string& file, const Layout& layout);
   [[noreturn]] void giveUp(const std::string& file, const std::string& reason);
 
  private:
+  void makeFolder();
   static std::string makeHeader(std::string bytes, const Layout& layout);
   static void putWord(std::string& bytes, std::size_t offset, float value);
 
@@ -253,14 +258,15 @@ void PlaneWriter::write(const std::string& file, const Layout& layout) {
     }
     for (std::size_t n = 0; n < turned.size(); ++n) turned[n] = plane[n % height * width + n / height];
 
+    if (written.empty()) makeFolder();
     const std::string path = nameFile(static_cast<std::int64_t>(written.size()) + 1);
-    std::ofstream out(path, std::ios::binary);
-    if (!out.is_open()) giveUp(path, "cannot be created");
+    std::FILE* const out = std::fopen(path.c_str(), "wbx");  // not over the file of another run
+    if (out == nullptr) giveUp(path, "cannot be created");
     written.push_back(path);
-    out.write(header.data(), static_cast<std::streamsize>(header.size()));
-    out.write(reinterpret_cast<const char*>((turned.empty() ? plane : turned).data()), bytes);
-    out.close();
-    if (!out) giveUp(path, "cannot be written");
+    const std::vector<std::uint32_t>& points = turned.empty() ? plane : turned;
+    const bool isWhole = std::fwrite(header.data(), header.size(), 1, out) == 1 &&
+                         std::fwrite(points.data(), 4, points.size(), out) == points.size();
+    if (std::fclose(out) != 0 || !isWhole) giveUp(path, "cannot be written");
   }
 }
 
@@ -305,8 +311,10 @@ void PlaneWriter::putWord(std::string& bytes, std::size_t offset, float value) {
 /// What each file holds; all of them must hold the same.
 std::vector<Layout> readLayouts(const std::vector<std::string>& files) {
   std::vector<Layout> layouts;
+  std::set<fs::path> known;
   for (const std::string& file : files) {
     layouts.push_back(LayoutReader(file).read());
+    if (!known.insert(fs::canonical(file)).second) refuse(file, "is given twice");
     if (layouts.back().planeCount > 1 && files.size() > 1) {
       refuse(file, "this is a whole cube, which can only be given alone");
     }
@@ -329,7 +337,7 @@ int main(int argc, char** argv) {
   std::string list;
   std::string folder;
   for (int option = 0; (option = getopt(argc, argv, "l:o:")) != -1;) {
-    if (option != 'l' && option != 'o') usage();
+    if ((option != 'l' && option != 'o') || *optarg == '\0') usage();
     (option == 'l' ? list : folder) = optarg;
   }
   const std::vector<std::string> files(argv + optind, argv + argc);
@@ -357,7 +365,6 @@ int main(int argc, char** argv) {
     if (!delays.empty()) lines += " " + delays[static_cast<std::size_t>(plane) - 1];
     lines += "\n";
   }
-  writer.makeFolder();
   for (std::size_t n = 0; n < files.size(); ++n) writer.write(files[n], layouts[n]);
   if (!(std::cout << lines << std::flush)) writer.giveUp("standard output", "cannot be written");
   return 0;
