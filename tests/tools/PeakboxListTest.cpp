@@ -6,8 +6,6 @@
 
 namespace peakbox::test {
 
-using std::string_literals::operator""s;
-
 using Files = std::map<std::string, std::string>;
 
 /// 32 x 24 points: 1H from 10.84375 to 6 ppm, 0.15625 ppm each, and 15N from 133.75 to 105 ppm, 1.25 ppm each.
@@ -108,7 +106,7 @@ TEST(PeakboxList, RefusesWhatItIsNotSureOf) {
       {sparky + "A 9 120\n\nB 9\n", "list:4: field 3 is missing"},
       {sparky + "A 8 120 9.5\n", "list:2: more fields than columns"},
       {"Assignment w1 w2 S/N\n 120.5 8.1 20\n", "list:2: there is no label"},
-      {sparky + "A 9 1\0000\n"s, "list: is no plain text; is it binary, or UTF-16 (\"Unicode text\")?"},
+      {sparky + "A 9 1" + '\0' + "0\n", "list: is no plain text; is it binary, or UTF-16 (\"Unicode text\")?"},
       {sparky + "A 9 120\nB 9 120000\nC 8 119\n", "list:3: the positions 9 and 120000 lie far outside a.ft2"},
       {"VARS ASS X_PPM Y_PPM\nA 9 120\nVARS X_PPM\n", "list:3: a second table"},
       {"A 9 120\nVARS ASS X_PPM Y_PPM\n", "list:1: a peak before the line of VARS"},
