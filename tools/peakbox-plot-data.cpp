@@ -20,6 +20,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <new>
 #include <optional>
@@ -165,12 +166,85 @@ struct Region {
   Place last;
 };
 
-/// Where a label stands on the map, and the ends of the line that leads to it, in points.
-struct LabelPlace {
+/// A rectangle on the map, in parts of its width and height.
+struct Area {
   std::array<double, 2> centre{};
+  std::array<double, 2> half{};
+};
+
+double overlap(const Area& a, const Area& b) {
+  double size = 1;
+  for (const std::size_t d : {0U, 1U}) {
+    size *= std::max(0.0, a.half[d] + b.half[d] - std::fabs(a.centre[d] - b.centre[d]));
+  }
+  return size;
+}
+
+/// What a label keeps clear of around a peak, in sizes of its box.
+constexpr double kFlanks = 1.5;
+
+/// A label on the map, and the ends of the line that leads to it, in parts of the map's width and height.
+struct LabelPlace {
+  Area area;
   std::array<double, 2> from{};
   std::array<double, 2> to{};
 };
+
+/// Finds for each label the place beside its peak where it covers least.
+class LabelPlacer {
+ public:
+  explicit LabelPlacer(const std::vector<Area>& peakAreas) : taken(peakAreas) {}
+
+  LabelPlace place(const Area& peak, std::size_t characterCount);
+
+ private:
+  static LabelPlace putBeside(const Area& peak, const std::array<int, 2>& side, double gap, std::size_t characterCount);
+  double rate(const Area& label) const;
+
+  std::vector<Area> taken;
+};
+
+LabelPlace LabelPlacer::place(const Area& peak, std::size_t characterCount) {
+  constexpr std::array<double, 3> kGaps{0.007, 0.018, 0.034};
+  constexpr std::array<std::array<int, 2>, 8> kSides{
+      {{1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {-1, 1}, {1, -1}, {-1, -1}}};
+  LabelPlace best;
+  double least = std::numeric_limits<double>::infinity();
+  for (const double gap : kGaps) {
+    for (const auto& side : kSides) {
+      const LabelPlace candidate = putBeside(peak, side, gap, characterCount);
+      const double covered = rate(candidate.area);
+      if (covered >= least) continue;
+      least = covered;
+      best = candidate;
+    }
+  }
+  taken.push_back(best.area);
+  return best;
+}
+
+LabelPlace LabelPlacer::putBeside(const Area& peak, const std::array<int, 2>& side, double gap,
+                                  std::size_t characterCount) {
+  constexpr std::array<double, 2> kCharacter{0.0054, 0.0165};
+  LabelPlace label{.area = {.centre = peak.centre,
+                            .half = {0.5 * kCharacter[0] * static_cast<double>(characterCount), 0.5 * kCharacter[1]}}};
+  for (const std::size_t d : {0U, 1U}) {
+    label.from[d] = peak.centre[d] + side[d] * peak.half[d] / kFlanks;
+    label.to[d] = peak.centre[d] + side[d] * (peak.half[d] + gap);
+    label.area.centre[d] = label.to[d] + side[d] * label.area.half[d];
+  }
+  return label;
+}
+
+/// What a label would cover; one that leaves the map is worse than any that does not.
+double LabelPlacer::rate(const Area& label) const {
+  double covered = 0;
+  for (const Area& other : taken) covered += overlap(label, other);
+  for (const std::size_t d : {0U, 1U}) {
+    if (label.centre[d] < label.half[d] || label.centre[d] + label.half[d] > 1) covered += 1;
+  }
+  return covered;
+}
 
 /// A peak in all spectra of the run.
 struct Course {
@@ -452,62 +526,18 @@ void PlotData::writeMap() {
 }
 
 void PlotData::placeLabels() {
-  // In parts of the map's width and height: the size of a character, and what a label keeps clear of its box.
-  constexpr std::array<double, 2> kCharacter{0.0054, 0.0165};
-  constexpr std::array<double, 3> kGaps{0.007, 0.018, 0.034};
-  constexpr std::array<std::array<int, 2>, 8> kSides{
-      {{1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {-1, 1}, {1, -1}, {-1, -1}}};
-  struct Area {
-    std::array<double, 2> centre;
-    std::array<double, 2> half;
-  };
-  const auto overlap = [](const Area& a, const Area& b) {
-    double size = 1;
-    for (const std::size_t d : {0U, 1U}) {
-      size *= std::max(0.0, a.half[d] + b.half[d] - std::fabs(a.centre[d] - b.centre[d]));
-    }
-    return size;
-  };
-  const std::array<double, 2> sizes{static_cast<double>(spectrum.getSize(0)), static_cast<double>(spectrum.getSize(1))};
-  std::vector<Area> taken;
-  for (const Course& course : courses) {
-    Area box{};
+  std::vector<Area> areas(courses.size());
+  for (std::size_t j = 0; j < courses.size(); ++j) {
     for (const int dim : {0, 1}) {
       const auto d = static_cast<std::size_t>(dim);
-      box.centre[d] = course.places[0][d] / sizes[d];
-      box.half[d] = (1.5 * halfWidth(dim) + 1) / sizes[d];  // with some of the flanks of the peak
+      areas[j].centre[d] = courses[j].places[0][d] / static_cast<double>(spectrum.getSize(dim));
+      areas[j].half[d] = kFlanks * (halfWidth(dim) + 0.5) / spectrum.getSize(dim);
     }
-    taken.push_back(box);
   }
+  LabelPlacer placer(areas);
   for (std::size_t j = 0; j < courses.size(); ++j) {
     const std::string& text = peaks.getLabel(static_cast<int>(j));
-    const auto length = static_cast<double>(shorten(text, kLabelRoom).size());
-    const Area box = taken[j];
-    Area best{};
-    LabelPlace& place = courses[j].label;
-    double least = 1e9;
-    for (const double gap : kGaps) {
-      for (const auto& side : kSides) {
-        Area label{.centre = box.centre, .half = {0.5 * kCharacter[0] * length, 0.5 * kCharacter[1]}};
-        double cost = 1e-6 * gap;
-        for (const std::size_t d : {0U, 1U}) {
-          label.centre[d] += side[d] * (box.half[d] + label.half[d] + gap);
-          const bool isOutside = label.centre[d] - label.half[d] < 0 || label.centre[d] + label.half[d] > 1;
-          cost += isOutside ? 1 : 0;
-        }
-        for (const Area& other : taken) cost += overlap(label, other);
-        if (cost >= least) continue;
-        least = cost;
-        best = label;
-        for (const std::size_t d : {0U, 1U}) {
-          const double boxEdge = (halfWidth(static_cast<int>(d)) + 0.5) / sizes[d];
-          place.centre[d] = label.centre[d] * sizes[d];
-          place.from[d] = (box.centre[d] + side[d] * boxEdge) * sizes[d];
-          place.to[d] = (label.centre[d] - side[d] * label.half[d]) * sizes[d];
-        }
-      }
-    }
-    taken.push_back(best);
+    courses[j].label = placer.place(areas[j], shorten(text, kLabelRoom).size());
   }
 }
 
@@ -668,8 +698,9 @@ void PlotData::writeLabel(std::size_t j, std::ostream& stream) const {
   for (const int dim : {0, 1}) {
     const auto d = static_cast<std::size_t>(dim);
     const std::string equals = std::to_string(dim + 1) + " = ";
-    stream << "map" << equals << ppm(place.centre[d], dim) << "\nfrom" << equals << ppm(place.from[d], dim) << "\nto"
-           << equals << ppm(place.to[d], dim) << '\n';
+    const auto size = static_cast<double>(spectrum.getSize(dim));
+    stream << "map" << equals << ppm(size * place.area.centre[d], dim) << "\nfrom" << equals
+           << ppm(size * place.from[d], dim) << "\nto" << equals << ppm(size * place.to[d], dim) << '\n';
   }
 }
 
