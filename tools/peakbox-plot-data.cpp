@@ -7,7 +7,7 @@
 // labels             the number K and the label of each peak but noise peaks, separated by a tab
 // peak-K.gp          numbers and texts of the K-th peak
 // near-K-1, -2       the points around it in the first and in the last spectrum, as in map
-// boxes-K-1, -2      the boxes there, as in boxes
+// boxes-K-1, -2      the boxes there, as in boxes, without trouble
 // curve-K            for each spectrum: its parameter or number, the intensity, and with NOISE the uncertainty
 
 #include <unistd.h>
@@ -79,12 +79,10 @@ std::vector<std::string> splitCharacters(const std::string& text) {
     }
     const bool isLatinOrGreek = (code >= 0xa0 && code < 0x250) || (code >= 0x370 && code < 0x400);
     const bool isSign = (code >= 0x2010 && code < 0x2034) || (code >= 0x2070 && code < 0x20a0);
-    if (code < 0x20 || code == 0x7f) {
-      characters.emplace_back(" ");
-    } else if (isWhole && (code < 0x7f || isLatinOrGreek || isSign)) {
-      characters.push_back(text.substr(i, length));
-    } else {
+    if (!isWhole || !(code <= 0x7f || isLatinOrGreek || isSign)) {
       characters.emplace_back("?");
+    } else {
+      characters.push_back(code < 0x20 || code == 0x7f ? " " : text.substr(i, length));
     }
     i += isWhole ? length : 1;
   }
@@ -121,13 +119,13 @@ std::vector<double> readNoise(const std::string& file, int spectrumCount) {
   std::vector<double> noise;
   while (std::getline(lines, line)) {
     std::istringstream words(line);
-    std::int64_t number = 0;
+    std::size_t number = 0;
     double value = 0;
-    std::string others[3];
-    const bool isWhole = words >> number >> value >> others[0] >> others[1] >> others[2] && words.eof();
-    if (!isWhole || lines.eof() || number != static_cast<std::int64_t>(noise.size()) + 1 || !(value > 0)) {
-      refuse(file, "line " + std::to_string(noise.size() + 2) + ": not a whole line of peakbox-noise");
-    }
+    std::string other;
+    const bool isWhole = words >> number >> value >> other >> other >> other && words.eof() && !lines.eof();
+    const std::string place = "line " + std::to_string(noise.size() + 2) + ": ";
+    if (!isWhole || number != noise.size() + 1) refuse(file, place + "not a whole line of peakbox-noise");
+    if (!(value > 0)) refuse(file, place + "the noise is not above 0");
     noise.push_back(value);
   }
   if (noise.size() != static_cast<std::size_t>(spectrumCount)) {
@@ -150,9 +148,8 @@ double chooseStep(double range, int count) {
 /// Heights of contours from `lowest` up to `highest`, each `factor` times the one before, or their negatives.
 std::string listLevels(double lowest, double highest, double factor, double sign) {
   std::ostringstream levels;
-  int count = 0;
-  for (double level = lowest; level > 0 && level <= highest && count < 40; level *= factor, ++count) {
-    levels << (count == 0 ? "" : ",") << sign * level;
+  for (double level = lowest; level > 0 && level <= highest; level *= factor) {
+    levels << (level > lowest ? "," : "") << sign * level;
   }
   return std::string("'").append(levels.str()).append("'");
 }
@@ -180,9 +177,6 @@ double overlap(const Area& a, const Area& b) {
   return size;
 }
 
-/// What a label keeps clear of around a peak, in sizes of its box.
-constexpr double kFlanks = 1.5;
-
 /// A label on the map, and the ends of the line that leads to it, in parts of the map's width and height.
 struct LabelPlace {
   Area area;
@@ -195,7 +189,8 @@ class LabelPlacer {
  public:
   explicit LabelPlacer(const std::vector<Area>& peakAreas) : taken(peakAreas) {}
 
-  LabelPlace place(const Area& peak, std::size_t characterCount);
+  /// `boxHalf` are the half-widths of the peak's box, at which the line to the label begins.
+  LabelPlace place(const Area& peak, const std::array<double, 2>& boxHalf, std::size_t characterCount);
 
  private:
   static LabelPlace putBeside(const Area& peak, const std::array<int, 2>& side, double gap, std::size_t characterCount);
@@ -204,7 +199,7 @@ class LabelPlacer {
   std::vector<Area> taken;
 };
 
-LabelPlace LabelPlacer::place(const Area& peak, std::size_t characterCount) {
+LabelPlace LabelPlacer::place(const Area& peak, const std::array<double, 2>& boxHalf, std::size_t characterCount) {
   constexpr std::array<double, 3> kGaps{0.007, 0.018, 0.034};
   constexpr std::array<std::array<int, 2>, 8> kSides{
       {{1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {-1, 1}, {1, -1}, {-1, -1}}};
@@ -212,10 +207,11 @@ LabelPlace LabelPlacer::place(const Area& peak, std::size_t characterCount) {
   double least = std::numeric_limits<double>::infinity();
   for (const double gap : kGaps) {
     for (const auto& side : kSides) {
-      const LabelPlace candidate = putBeside(peak, side, gap, characterCount);
+      LabelPlace candidate = putBeside(peak, side, gap, characterCount);
       const double covered = rate(candidate.area);
       if (covered >= least) continue;
       least = covered;
+      for (const std::size_t d : {0U, 1U}) candidate.from[d] = peak.centre[d] + side[d] * boxHalf[d];
       best = candidate;
     }
   }
@@ -229,7 +225,6 @@ LabelPlace LabelPlacer::putBeside(const Area& peak, const std::array<int, 2>& si
   LabelPlace label{.area = {.centre = peak.centre,
                             .half = {0.5 * kCharacter[0] * static_cast<double>(characterCount), 0.5 * kCharacter[1]}}};
   for (const std::size_t d : {0U, 1U}) {
-    label.from[d] = peak.centre[d] + side[d] * peak.half[d] / kFlanks;
     label.to[d] = peak.centre[d] + side[d] * (peak.half[d] + gap);
     label.area.centre[d] = label.to[d] + side[d] * label.area.half[d];
   }
@@ -251,7 +246,8 @@ struct Course {
   std::array<double, 2> listed{};  // its place in the list, folded, in points
   std::vector<Place> places;
   std::vector<double> intensities;
-  std::string trouble;  // empty where there is none
+  std::string trouble;             // empty where there is none
+  std::array<double, 2> extent{};  // from the top to where the map's contours of the peak end, in points
   LabelPlace label;
   /// In the first and in the last spectrum: edges of the search area in points, low and high of either dimension, and
   /// the heights of the contours.
@@ -278,6 +274,7 @@ class PlotData {
 
   void writeMap();
   std::vector<double> reduceRows(int j0, int j1, int step) const;
+  double findExtent(const Place& top, int dim, double base) const;
   void writeSurroundings(std::size_t which, std::size_t k);
   void writeBox(std::ostream& stream, std::size_t j, std::size_t k) const;
   void writeAxes();
@@ -285,6 +282,7 @@ class PlotData {
   void writeLists() const;
   void writeCurve(std::size_t j) const;
   void writePeak(std::size_t j) const;
+  std::string describeFolding(std::size_t j) const;
   void writeLabel(std::size_t j, std::ostream& stream) const;
   void writeScale(std::size_t j, std::ostream& stream) const;
 
@@ -304,9 +302,9 @@ class PlotData {
   int halfWidth(int dim) const { return settings.getBoxSize(dim); }
   /// Of the box's outline, which is drawn around its points.
   double halfWidthPpm(int dim) const { return (halfWidth(dim) + 0.5) * ppmPerPoint(dim); }
-  /// What the curves run over.
-  double abscissa(std::size_t k) const {
-    return hasNumbers ? *textToDecimal(parameters[k]) : static_cast<double>(k + 1);
+  std::string nameOf(std::size_t j) const {
+    const std::string& label = peaks.getLabel(static_cast<int>(j));
+    return label.empty() ? "(no label)" : label;
   }
 
   const Request request;
@@ -316,7 +314,9 @@ class PlotData {
   PeakList peaks;
   std::vector<Course> courses;
   std::vector<std::string> parameters;
+  std::vector<double> abscissas;  // what the curves run over
   std::vector<double> noise;
+  double pointNoise = 0;  // of the spectrum loaded last
   std::string report;
   bool isAbsolute = false;
   bool hasNumbers = false;  // all parameters are numbers
@@ -367,6 +367,9 @@ void PlotData::read() {
     }
   }
   hasNumbers = std::all_of(parameters.begin(), parameters.end(), [](const auto& p) { return textToDecimal(p); });
+  for (std::size_t k = 0; k < parameters.size(); ++k) {
+    abscissas.push_back(hasNumbers ? *textToDecimal(parameters[k]) : static_cast<double>(k + 1));
+  }
 }
 
 /// The first parameter of a spectrum, empty where it has none.
@@ -392,6 +395,7 @@ void PlotData::measure() {
   for (int k = 0; k <= last; ++k) {
     spectrum.loadData(settings.getSpectrumFile(k), false);
     checkValues(k);
+    pointNoise = estimatePointNoise(spectrum, 1 << 17);
     followPeaks(k);
     if (k == 0) boxes->recentreBoxes(peaks.getCount());
     boxes->writeSpectrumTable(k, plainText, settings, spectrum, peaks);
@@ -414,7 +418,6 @@ void PlotData::checkValues(int k) const {
 
 void PlotData::followPeaks(int k) {
   constexpr double kAboveNoise = 5;  // of a point: below it the greatest one is anywhere
-  const double pointNoise = estimatePointNoise(spectrum, 1 << 16);
   for (int j = 0; j < peaks.getCount(); ++j) {
     Course& course = courses[static_cast<std::size_t>(j)];
     boxes->integratePeak(j, spectrum, halfWidth(0), halfWidth(1));
@@ -445,6 +448,7 @@ bool PlotData::isAtEdge(int j) const {
   return false;
 }
 
+/// However low they are: two lines of the report have one number then.
 void PlotData::noteSharedPoints(int k) {
   std::map<Place, std::size_t> peakAt;
   for (std::size_t j = 0; j < courses.size(); ++j) {
@@ -452,8 +456,7 @@ void PlotData::noteSharedPoints(int k) {
     if (isFree) continue;
     for (const auto& [one, partner] : {std::pair{j, other->second}, {other->second, j}}) {
       if (courses[one].trouble.starts_with("same")) continue;
-      courses[one].trouble =
-          "same point as " + peaks.getLabel(static_cast<int>(partner)) + ", spectrum " + std::to_string(k + 1);
+      courses[one].trouble = "same point as " + nameOf(partner) + ", spectrum " + std::to_string(k + 1);
     }
   }
 }
@@ -465,9 +468,11 @@ void PlotData::checkReport() {
   if (expected.starts_with(report) || absoluteText.str().starts_with(report)) {
     refuse(request.reportFile, "is incomplete: it ends within the run of " + request.parameterFile);
   }
-  const std::string& wanted = report.size() > 0 ? expected : report;
-  const auto difference = std::mismatch(report.begin(), report.end(), wanted.begin(), wanted.end());
-  const auto line = 1 + std::count(report.begin(), difference.first, '\n');
+  std::ptrdiff_t line = 0;  // where it departs from the one that it follows farther
+  for (const std::string& wanted : {expected, absoluteText.str()}) {
+    const auto difference = std::mismatch(report.begin(), report.end(), wanted.begin(), wanted.end());
+    line = std::max(line, 1 + std::count(report.begin(), difference.first, '\n'));
+  }
   refuse(request.reportFile, "line " + std::to_string(line) + " is not what a run of " + request.parameterFile +
                                  " writes: this is the report of another run, or its files have changed since");
 }
@@ -519,33 +524,52 @@ void PlotData::writeMap() {
   }
   constexpr double kAboveNoise = 7;
   constexpr double kFactor = 1.6;
-  const double base = std::max(kAboveNoise * estimatePointNoise(spectrum, 1 << 18), 1e-3 * std::max(highest, -lowest));
+  const double base = std::max(kAboveNoise * pointNoise, 1e-3 * std::max(highest, -lowest));
   texts << "mapBase = " << base << "\nmapFactor = " << kFactor << "\nstrips = " << strips
         << "\nmapPositive = " << listLevels(base, highest, kFactor, 1)
         << "\nmapNegative = " << listLevels(base, -lowest, kFactor, -1) << '\n';
+  for (Course& course : courses)
+    course.extent = {findExtent(course.places[0], 0, base), findExtent(course.places[0], 1, base)};
+}
+
+/// How far from its top a peak falls above `base` along a dimension, to the farther side, in points.
+double PlotData::findExtent(const Place& top, int dim, double base) const {
+  const auto d = static_cast<std::size_t>(dim);
+  int farthest = 0;
+  for (const int step : {-1, 1}) {
+    Place point = top;
+    double height = std::fabs(spectrum.getData()[top[0]][top[1]]);
+    while (height > base) {
+      farthest = std::max(farthest, std::abs(point[d] - top[d]) + 1);
+      point[d] += step;
+      if (point[d] < 0 || point[d] >= spectrum.getSize(dim)) break;
+      const double next = std::fabs(spectrum.getData()[point[0]][point[1]]);
+      height = next < height ? next : 0;
+    }
+  }
+  return farthest;
 }
 
 void PlotData::placeLabels() {
+  const std::array<double, 2> sizes{static_cast<double>(spectrum.getSize(0)), static_cast<double>(spectrum.getSize(1))};
+  const std::array<double, 2> boxHalf{(halfWidth(0) + 0.5) / sizes[0], (halfWidth(1) + 0.5) / sizes[1]};
   std::vector<Area> areas(courses.size());
   for (std::size_t j = 0; j < courses.size(); ++j) {
-    for (const int dim : {0, 1}) {
-      const auto d = static_cast<std::size_t>(dim);
-      areas[j].centre[d] = courses[j].places[0][d] / static_cast<double>(spectrum.getSize(dim));
-      areas[j].half[d] = kFlanks * (halfWidth(dim) + 0.5) / spectrum.getSize(dim);
+    for (const std::size_t d : {0U, 1U}) {
+      areas[j].centre[d] = courses[j].places[0][d] / sizes[d];
+      areas[j].half[d] = std::max(boxHalf[d], courses[j].extent[d] / sizes[d]);
     }
   }
   LabelPlacer placer(areas);
   for (std::size_t j = 0; j < courses.size(); ++j) {
-    const std::string& text = peaks.getLabel(static_cast<int>(j));
-    courses[j].label = placer.place(areas[j], shorten(text, kLabelRoom).size());
+    courses[j].label = placer.place(areas[j], boxHalf, shorten(nameOf(j), kLabelRoom).size());
   }
 }
 
-/// The box of the j-th peak in the k-th spectrum, as one line.
+/// The box of the j-th peak in the k-th spectrum.
 void PlotData::writeBox(std::ostream& stream, std::size_t j, std::size_t k) const {
   const Place& place = courses[j].places[k];
-  stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << halfWidthPpm(0) << '\t' << halfWidthPpm(1) << '\t'
-         << !courses[j].trouble.empty() << '\n';
+  stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << halfWidthPpm(0) << '\t' << halfWidthPpm(1);
 }
 
 /// The surroundings of a peak that are drawn; they may reach beyond the plane.
@@ -565,7 +589,6 @@ void PlotData::writeSurroundings(std::size_t which, std::size_t k) {
   constexpr double kAboveNoise = 3;
   constexpr double kPart = 0.08;  // of the peak
   constexpr double kFactor = 1.5;
-  const double pointNoise = estimatePointNoise(spectrum, 1 << 18);
   for (std::size_t j = 0; j < courses.size(); ++j) {
     const std::string name = std::to_string(j + 1) + "-" + std::to_string(which + 1);
     std::ostringstream stream;
@@ -596,7 +619,9 @@ void PlotData::writeSurroundings(std::size_t which, std::size_t k) {
         const int point = courses[other].places[k][d];
         isNear = isNear && point + halfWidth(dim) >= near.first[d] && point - halfWidth(dim) <= near.last[d];
       }
-      if (isNear) writeBox(boxesThere, other, k);
+      if (!isNear) continue;
+      writeBox(boxesThere, other, k);
+      boxesThere << '\n';
     }
     save("boxes-" + name, boxesThere.str());
   }
@@ -626,8 +651,7 @@ void PlotData::writeAxes() {
 }
 
 void PlotData::writeParameters() {
-  std::set<double> distinct;
-  for (std::size_t k = 0; k < parameters.size(); ++k) distinct.insert(abscissa(k));
+  const std::set<double> distinct(abscissas.begin(), abscissas.end());
   const double range = *distinct.rbegin() - *distinct.begin();
   const double margin = range > 0 ? 0.05 * range : 0.5;
   const double step = chooseStep(range + 2 * margin, 4);
@@ -644,6 +668,7 @@ void PlotData::writeLists() const {
   std::ostringstream labels;
   for (std::size_t j = 0; j < courses.size(); ++j) {
     writeBox(boxesOfMap, j, 0);
+    boxesOfMap << '\t' << !courses[j].trouble.empty() << '\n';
     std::string label = peaks.getLabel(static_cast<int>(j));
     std::replace(label.begin(), label.end(), '\t', ' ');
     if (!isNoise(j)) labels << j + 1 << '\t' << label << '\n';
@@ -656,11 +681,22 @@ void PlotData::writeCurve(std::size_t j) const {
   std::ostringstream stream;
   stream.precision(17);
   for (std::size_t k = 0; k < parameters.size(); ++k) {
-    stream << abscissa(k) << '\t' << writtenIntensity(j, k);
+    stream << abscissas[k] << '\t' << writtenIntensity(j, k);
     if (!noise.empty()) stream << '\t' << noise[k];
     stream << '\n';
   }
   save("curve-" + std::to_string(j + 1), stream.str());
+}
+
+/// Where a folded peak is in the list.
+std::string PlotData::describeFolding(std::size_t j) const {
+  std::ostringstream text;
+  for (const int dim : {0, 1}) {
+    const double position = peaks.getPosition(static_cast<int>(j), dim);
+    if (std::fabs(position - courses[j].listed[static_cast<std::size_t>(dim)]) < 0.5) continue;
+    text << (text.tellp() > 0 ? ", " : "folded, listed at ") << ppm(position, dim) << " ppm";
+  }
+  return text.str();
 }
 
 /// Arrays have one entry for the first and one for the last spectrum.
@@ -671,8 +707,8 @@ void PlotData::writePeak(std::size_t j) const {
   const auto writePair = [&stream](const std::string& name, const auto& first, const auto& second) {
     stream << "array " << name << "[2] = [" << first << ", " << second << "]\n";
   };
-  stream << "isFitted = 0\nremark = ''\nnumber = " << peaks.getNumber(entry)
-         << "\nname = " << quote(peaks.getLabel(entry)) << "\ntrouble = " << quote(course.trouble, 60) << '\n';
+  stream << "isFitted = 0\nremark = ''\nnumber = " << peaks.getNumber(entry) << "\nname = " << quote(nameOf(j))
+         << "\ntrouble = " << quote(course.trouble, 60) << "\nnote = " << quote(describeFolding(j), 60) << '\n';
   writePair("positive", course.positive[0], course.positive[1]);
   writePair("negative", course.negative[0], course.negative[1]);
   const Region near = findNear(j);
@@ -713,10 +749,10 @@ void PlotData::writeScale(std::size_t j, std::ostream& stream) const {
     lowest = std::min(lowest, writtenIntensity(j, k) - uncertainty);
     highest = std::max(highest, writtenIntensity(j, k) + uncertainty);
   }
-  const double greatest = std::max(highest, -lowest);
-  const double exponent = greatest > 0 ? std::floor(std::log10(greatest)) : 0;
+  if (lowest == highest) highest = 1;
+  const double exponent = std::floor(std::log10(std::max(highest, -lowest)));
   const double scale = std::pow(10, exponent);
-  const double margin = greatest > 0 ? 0.06 * (highest - lowest) / scale : 1;
+  const double margin = 0.06 * (highest - lowest) / scale;
   const double lowY = lowest / scale - (lowest < 0 ? margin : 0);
   const double highY = highest / scale + (highest > 0 ? margin : 0);
   stream << "exponent = " << exponent << "\nlowY = " << lowY << "\nhighY = " << highY
