@@ -184,59 +184,71 @@ struct LabelPlace {
   std::array<double, 2> to{};
 };
 
-/// Finds for each label the place beside its peak where it covers least.
+/// Finds for each label the place beside its peak where it and its line cover least.
 class LabelPlacer {
  public:
-  explicit LabelPlacer(const std::vector<Area>& peakAreas) : taken(peakAreas) {}
+  /// `boxHalfWidths` are those of the boxes, at which the lines to the labels begin.
+  LabelPlacer(const std::vector<Area>& peakAreas, const std::array<double, 2>& boxHalfWidths)
+      : peaks(peakAreas), boxHalf(boxHalfWidths) {}
 
-  /// `boxHalf` are the half-widths of the peak's box, at which the line to the label begins.
-  LabelPlace place(const Area& peak, const std::array<double, 2>& boxHalf, std::size_t characterCount);
+  LabelPlace place(std::size_t j, std::size_t characterCount);
 
  private:
-  static LabelPlace putBeside(const Area& peak, const std::array<int, 2>& side, double gap, std::size_t characterCount);
-  double rate(const Area& label) const;
+  LabelPlace putBeside(const Area& peak, const std::array<int, 2>& side, double gap, std::size_t characterCount) const;
+  double rate(const LabelPlace& label, std::size_t j) const;
 
-  std::vector<Area> taken;
+  const std::vector<Area> peaks;
+  const std::array<double, 2> boxHalf;
+  std::vector<Area> labels;
 };
 
-LabelPlace LabelPlacer::place(const Area& peak, const std::array<double, 2>& boxHalf, std::size_t characterCount) {
-  constexpr std::array<double, 3> kGaps{0.007, 0.018, 0.034};
+LabelPlace LabelPlacer::place(std::size_t j, std::size_t characterCount) {
+  constexpr std::array<double, 4> kGaps{0.004, 0.008, 0.018, 0.034};
   constexpr std::array<std::array<int, 2>, 8> kSides{
       {{1, 0}, {-1, 0}, {0, 1}, {0, -1}, {1, 1}, {-1, 1}, {1, -1}, {-1, -1}}};
   LabelPlace best;
   double least = std::numeric_limits<double>::infinity();
   for (const double gap : kGaps) {
     for (const auto& side : kSides) {
-      LabelPlace candidate = putBeside(peak, side, gap, characterCount);
-      const double covered = rate(candidate.area);
+      const LabelPlace candidate = putBeside(peaks[j], side, gap, characterCount);
+      const double covered = rate(candidate, j);
       if (covered >= least) continue;
       least = covered;
-      for (const std::size_t d : {0U, 1U}) candidate.from[d] = peak.centre[d] + side[d] * boxHalf[d];
       best = candidate;
     }
   }
-  taken.push_back(best.area);
+  labels.push_back(best.area);
   return best;
 }
 
 LabelPlace LabelPlacer::putBeside(const Area& peak, const std::array<int, 2>& side, double gap,
-                                  std::size_t characterCount) {
+                                  std::size_t characterCount) const {
   constexpr std::array<double, 2> kCharacter{0.0054, 0.0165};
   LabelPlace label{.area = {.centre = peak.centre,
                             .half = {0.5 * kCharacter[0] * static_cast<double>(characterCount), 0.5 * kCharacter[1]}}};
   for (const std::size_t d : {0U, 1U}) {
+    label.from[d] = peak.centre[d] + side[d] * boxHalf[d];
     label.to[d] = peak.centre[d] + side[d] * (peak.half[d] + gap);
     label.area.centre[d] = label.to[d] + side[d] * label.area.half[d];
   }
   return label;
 }
 
-/// What a label would cover; one that leaves the map is worse than any that does not.
-double LabelPlacer::rate(const Area& label) const {
+/// What the label of the j-th peak would cover. A line through another peak is worse than a covered label, and a label
+/// that leaves the map is worse than any that does not.
+double LabelPlacer::rate(const LabelPlace& label, std::size_t j) const {
+  Area line;
   double covered = 0;
-  for (const Area& other : taken) covered += overlap(label, other);
   for (const std::size_t d : {0U, 1U}) {
-    if (label.centre[d] < label.half[d] || label.centre[d] + label.half[d] > 1) covered += 1;
+    line.centre[d] = 0.5 * (label.from[d] + label.to[d]);
+    line.half[d] = 0.5 * std::fabs(label.from[d] - label.to[d]);
+    if (label.area.centre[d] < label.area.half[d] || label.area.centre[d] + label.area.half[d] > 1) covered += 1;
+  }
+  for (const Area& other : labels) covered += overlap(label.area, other) + overlap(line, other);
+  for (std::size_t other = 0; other < peaks.size(); ++other) {
+    if (other == j) continue;
+    covered += overlap(label.area, peaks[other]);
+    if (overlap(line, peaks[other]) > 0) covered += 0.01;
   }
   return covered;
 }
@@ -269,12 +281,12 @@ class PlotData {
   void checkValues(int k) const;
   void followPeaks(int k);
   void noteSharedPoints(int k);
-  bool isAtEdge(int j) const;
+  bool isAtEdge(int k, int j) const;
   void checkReport();
 
   void writeMap();
   std::vector<double> reduceRows(int j0, int j1, int step) const;
-  double findExtent(const Place& top, int dim, double base) const;
+  double findExtent(const Place& top, std::size_t d, double base) const;
   void writeSurroundings(std::size_t which, std::size_t k);
   void writeBox(std::ostream& stream, std::size_t j, std::size_t k) const;
   void writeAxes();
@@ -296,6 +308,12 @@ class PlotData {
   double writtenIntensity(std::size_t j, std::size_t k) const {
     const double intensity = courses[j].intensities[k];
     return isAbsolute && !isNoise(j) ? std::fabs(intensity) : intensity;
+  }
+  /// Of the spectrum loaded last; 0 outside of it.
+  double heightAt(const Place& point) const {
+    const bool isInside =
+        point[0] >= 0 && point[0] < spectrum.getSize(0) && point[1] >= 0 && point[1] < spectrum.getSize(1);
+    return isInside ? std::fabs(spectrum.getData()[point[0]][point[1]]) : 0;
   }
   double ppm(double point, int dim) const { return spectrum.pointToPpm(point, dim); }
   double ppmPerPoint(int dim) const { return std::fabs(ppm(0, dim) - ppm(1, dim)); }
@@ -427,23 +445,32 @@ void PlotData::followPeaks(int k) {
     course.areas[1] = {extent1.low, extent1.high, extent2.low, extent2.high};
     if (k == 0) course.areas[0] = course.areas[1];
     course.intensities.push_back(boxes->getIntensity(j));
-    const double top = std::fabs(spectrum.getData()[course.places.back()[0]][course.places.back()[1]]);
-    const bool isSeen = top > kAboveNoise * pointNoise && !isNoise(static_cast<std::size_t>(j));
-    if (course.trouble.empty() && isSeen && isAtEdge(j)) {
+    const bool isSeen =
+        heightAt(course.places.back()) > kAboveNoise * pointNoise && !isNoise(static_cast<std::size_t>(j));
+    if (course.trouble.empty() && isSeen && isAtEdge(k, j)) {
       course.trouble = "edge of search area, spectrum " + std::to_string(k + 1);
     }
   }
   noteSharedPoints(k);
 }
 
-/// Whether the point that was found lies at the end of a search area that is wide enough for this to be no chance.
-bool PlotData::isAtEdge(int j) const {
-  constexpr double kFewestPoints = 5;
+/// Whether the point that was found lies at the end of its search area. Where that is a few points wide, this may be
+/// chance, and counts if the point beyond it is higher.
+bool PlotData::isAtEdge(int k, int j) const {
+  constexpr int kFewPoints = 5;
+  const Place& point = courses[static_cast<std::size_t>(j)].places.back();
   for (const int dim : {0, 1}) {
+    const auto d = static_cast<std::size_t>(dim);
     const BoxExtent& extent = dim == 0 ? boxes->getExtent1(j) : boxes->getExtent2(j);
-    const double first = std::max(0.0, std::ceil(extent.low));
-    const double last = std::min(spectrum.getSize(dim) - 1.0, std::floor(extent.high));
-    if (last - first + 1 >= kFewestPoints && (extent.centre <= first || extent.centre >= last)) return true;
+    const int first = static_cast<int>(std::max(0.0, std::ceil(extent.low)));
+    const int last = static_cast<int>(std::min(spectrum.getSize(dim) - 1.0, std::floor(extent.high)));
+    if (k > 0 && last <= first) continue;  // TOLERANCE lets the point stay
+    for (const auto& [end, step] : {std::pair{first, -1}, {last, 1}}) {
+      if (step * (point[d] - end) < 0) continue;
+      Place beyond = point;
+      beyond[d] += step;
+      if (last - first >= kFewPoints - 1 || heightAt(beyond) > heightAt(point) + pointNoise) return true;
+    }
   }
   return false;
 }
@@ -533,17 +560,15 @@ void PlotData::writeMap() {
 }
 
 /// How far from its top a peak falls above `base` along a dimension, to the farther side, in points.
-double PlotData::findExtent(const Place& top, int dim, double base) const {
-  const auto d = static_cast<std::size_t>(dim);
+double PlotData::findExtent(const Place& top, std::size_t d, double base) const {
   int farthest = 0;
   for (const int step : {-1, 1}) {
     Place point = top;
-    double height = std::fabs(spectrum.getData()[top[0]][top[1]]);
+    double height = heightAt(top);
     while (height > base) {
       farthest = std::max(farthest, std::abs(point[d] - top[d]) + 1);
       point[d] += step;
-      if (point[d] < 0 || point[d] >= spectrum.getSize(dim)) break;
-      const double next = std::fabs(spectrum.getData()[point[0]][point[1]]);
+      const double next = heightAt(point);
       height = next < height ? next : 0;
     }
   }
@@ -560,9 +585,9 @@ void PlotData::placeLabels() {
       areas[j].half[d] = std::max(boxHalf[d], courses[j].extent[d] / sizes[d]);
     }
   }
-  LabelPlacer placer(areas);
+  LabelPlacer placer(areas, boxHalf);
   for (std::size_t j = 0; j < courses.size(); ++j) {
-    courses[j].label = placer.place(areas[j], boxHalf, shorten(nameOf(j), kLabelRoom).size());
+    courses[j].label = placer.place(j, shorten(nameOf(j), kLabelRoom).size());
   }
 }
 
@@ -606,8 +631,8 @@ void PlotData::writeSurroundings(std::size_t which, std::size_t k) {
     }
     save("near-" + name, stream.str());
     Course& course = courses[j];
-    const double top = std::fabs(spectrum.getData()[course.places[k][0]][course.places[k][1]]);
-    const double base = std::max({kAboveNoise * pointNoise, kPart * top, 1e-3 * std::max(highest, -lowest)});
+    const double base =
+        std::max({kAboveNoise * pointNoise, kPart * heightAt(course.places[k]), 1e-3 * std::max(highest, -lowest)});
     course.positive[which] = listLevels(base, highest, kFactor, 1);
     course.negative[which] = listLevels(base, -lowest, kFactor, -1);
 
