@@ -31,7 +31,10 @@ Files makeSeries(const std::vector<std::string>& parameters) {
     Plane plane = examplePlane();
     plane.value = [k](int i, int j) {
       const auto height = static_cast<float>(kDecay[k]);
-      return i == 5 && j == 6 ? height : i == 10 && j == 3 ? -height : static_cast<float>(i * j % 7 - 3);
+      if (i == 5 && j == 6) return height;
+      if (i == 10 && j == 3) return -height;
+      const bool isSlope = j == 10 && i > 9 && i < 13;
+      return static_cast<float>(isSlope ? 100 * i : i * j % 7 - 3);
     };
     files[std::string("s").append(number)] = writePipe(plane);
     settings.append("SPECTRUM s").append(number).append(" ").append(parameters[k]).append("\n");
@@ -125,11 +128,13 @@ TEST_F(PeakboxPlot, RemarksOnFitsThatShowNothing) {
 
 TEST_F(PeakboxPlot, HasAPageForTwelvePeaks) {
   Files files = makeSeries({"a", "b"});
-  for (int n = 0; n < 10; ++n) files["peaks.xpk"] += examplePeakLine({.number = "9", .label = "{twin}"});
+  files["peaks.xpk"] += examplePeakLine({.label = "{flank}", .ppm1 = "4", .width1 = "0.5", .ppm2 = "1"});
+  for (int n = 0; n < 9; ++n) files["peaks.xpk"] += examplePeakLine({.number = "9", .label = "{twin}"});
   EXPECT_EQ(plot(files,
                  "peakbox-plot run.par r o.pdf && pdfinfo o.pdf | grep Pages | tr -d \" \"; pdftotext o.pdf text; "
                  "for t in A_1 noise3 \"D1 (ppm), 100 MHz\" \"same point as A_1, spectrum 1\" "
-                 "\"same point as twin, spectrum 1\" spectrum \"first: a\" \"last: b\"; do grep -qF \"$t\" text || "
+                 "\"same point as twin, spectrum 1\" \"edge of search area, spectrum 1\" "
+                 "spectrum \"first: a\" \"last: b\"; do grep -qF \"$t\" text || "
                  "echo no $t; done"),
             outcome(0, "", "(no file)", "Pages:3\n"));
   for (const std::string format : {"png", "svg"}) {
