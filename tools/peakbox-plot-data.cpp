@@ -1,11 +1,11 @@
 // peakbox-plot-data [-n NOISE] [-f] PARAMETER-FILE REPORT FOLDER: writes to FOLDER what peakbox-plot draws. It measures
 // the run again, and goes on only if that gives REPORT.
 //
-// settings.gp        numbers and texts of the run, as assignments in gnuplot's language
+// settings.gp        numbers and runSettings of the run, as assignments in gnuplot's language
 // map-S              strips of the first spectrum, reduced: lines of ppm, ppm and value, an empty line after each row
 // boxes              for each peak the ppm and half-widths in ppm of its box on the map, and 1 where it is in trouble
 // labels             the number K and the label of each peak but noise peaks, separated by a tab
-// peak-K.gp          numbers and texts of the K-th peak
+// peak-K.gp          numbers and runSettings of the K-th peak
 // near-K-1, -2       the points around it in the first and in the last spectrum, as in map
 // boxes-K-1, -2      the boxes there, as in boxes, without trouble
 // curve-K            for each spectrum: its parameter or number, the intensity, and with NOISE the uncertainty
@@ -277,6 +277,7 @@ class PlotData {
 
  private:
   void read();
+  std::string readParameter(int k) const;
   void measure();
   void checkValues(int k) const;
   void followPeaks(int k);
@@ -284,10 +285,15 @@ class PlotData {
   bool isAtEdge(int k, int j) const;
   void checkReport();
 
+  std::pair<double, double> findRange(const Region& region) const;
   void writeMap();
   std::vector<double> reduceRows(int j0, int j1, int step) const;
+  void chooseMapLevels();
   double findExtent(const Place& top, std::size_t d, double base) const;
+  void placeLabels();
+  Region findNear(std::size_t j) const;
   void writeSurroundings(std::size_t which, std::size_t k);
+  std::string listBoxes(const Region& region, std::size_t k) const;
   void writeBox(std::ostream& stream, std::size_t j, std::size_t k) const;
   void writeAxes();
   void writeParameters();
@@ -298,9 +304,6 @@ class PlotData {
   void writeLabel(std::size_t j, std::ostream& stream) const;
   void writeScale(std::size_t j, std::ostream& stream) const;
 
-  Region findNear(std::size_t j) const;
-  void placeLabels();
-  std::string readParameter(int k) const;
   void save(const std::string& name, const std::string& text) const;
 
   bool isNoise(std::size_t j) const { return peaks.getLabel(static_cast<int>(j)).find("noise") != std::string::npos; }
@@ -341,7 +344,7 @@ class PlotData {
   std::ostringstream plainText;
   std::ostringstream absoluteText;
   std::optional<BoxTable> boxes;
-  std::ostringstream texts;  // settings.gp
+  std::ostringstream runSettings;  // settings.gp
 };
 
 void PlotData::save(const std::string& name, const std::string& text) const {
@@ -363,7 +366,7 @@ void PlotData::write() {
     writePeak(j);
     writeCurve(j);
   }
-  save("settings.gp", texts.str());
+  save("settings.gp", runSettings.str());
 }
 
 void PlotData::read() {
@@ -420,6 +423,7 @@ void PlotData::measure() {
     boxes->writeSpectrumTable(k, absoluteText, absoluteSettings, spectrum, peaks);
     if (k == 0) {
       writeMap();
+      chooseMapLevels();
       writeSurroundings(0, 0);
     }
     if (k == last) writeSurroundings(1, static_cast<std::size_t>(k));
@@ -504,6 +508,18 @@ void PlotData::checkReport() {
                                  " writes: this is the report of another run, or its files have changed since");
 }
 
+/// The least and the greatest value of the spectrum loaded last, or 0.
+std::pair<double, double> PlotData::findRange(const Region& region) const {
+  std::pair<double, double> range{0, 0};
+  for (int i = region.first[0]; i <= region.last[0]; ++i) {
+    for (int j = region.first[1]; j <= region.last[1]; ++j) {
+      const double value = spectrum.getData()[i][j];
+      range = {std::min(range.first, value), std::max(range.second, value)};
+    }
+  }
+  return range;
+}
+
 /// Makes one row of cells of a row of points or several: of each cell the extreme.
 std::vector<double> PlotData::reduceRows(int j0, int j1, int step) const {
   std::vector<double> cells(static_cast<std::size_t>((spectrum.getSize(0) + step - 1) / step));
@@ -526,8 +542,6 @@ void PlotData::writeMap() {
   const int size2 = spectrum.getSize(1);
   const int step1 = (size1 + kMostCells - 1) / kMostCells;
   const int step2 = (size2 + kMostCells - 1) / kMostCells;
-  double highest = 0;
-  double lowest = 0;
   int strips = 0;
   std::string strip;
   for (int n = 0; n * step2 < size2; ++n) {
@@ -539,8 +553,6 @@ void PlotData::writeMap() {
       const int i0 = static_cast<int>(c) * step1;
       const int i1 = std::min(i0 + step1, size1);
       row << ppm(0.5 * (i0 + i1 - 1), 0) << ' ' << ppm(0.5 * (j0 + j1 - 1), 1) << ' ' << cells[c] << '\n';
-      highest = std::max(highest, cells[c]);
-      lowest = std::min(lowest, cells[c]);
     }
     row << '\n';
     strip += row.str();
@@ -549,14 +561,21 @@ void PlotData::writeMap() {
       strip = row.str();
     }
   }
+  runSettings << "strips = " << strips << '\n';
+}
+
+/// The contours of the map, and how far those of the peaks reach.
+void PlotData::chooseMapLevels() {
   constexpr double kAboveNoise = 7;
   constexpr double kFactor = 1.6;
+  const auto [lowest, highest] = findRange({{0, 0}, {spectrum.getSize(0) - 1, spectrum.getSize(1) - 1}});
   const double base = std::max(kAboveNoise * pointNoise, 1e-3 * std::max(highest, -lowest));
-  texts << "mapBase = " << base << "\nmapFactor = " << kFactor << "\nstrips = " << strips
-        << "\nmapPositive = " << listLevels(base, highest, kFactor, 1)
-        << "\nmapNegative = " << listLevels(base, -lowest, kFactor, -1) << '\n';
-  for (Course& course : courses)
+  runSettings << "mapBase = " << base << "\nmapFactor = " << kFactor
+              << "\nmapPositive = " << listLevels(base, highest, kFactor, 1)
+              << "\nmapNegative = " << listLevels(base, -lowest, kFactor, -1) << '\n';
+  for (Course& course : courses) {
     course.extent = {findExtent(course.places[0], 0, base), findExtent(course.places[0], 1, base)};
+  }
 }
 
 /// How far from its top a peak falls above `base` along a dimension, to the farther side, in points.
@@ -599,14 +618,10 @@ void PlotData::writeBox(std::ostream& stream, std::size_t j, std::size_t k) cons
 
 /// The surroundings of a peak that are drawn; they may reach beyond the plane.
 Region PlotData::findNear(std::size_t j) const {
-  Region near{};
-  for (const int dim : {0, 1}) {
-    const auto d = static_cast<std::size_t>(dim);
-    const int reach = dim == 0 ? std::max(18, 4 * halfWidth(0) + 4) : std::max(10, 4 * halfWidth(1) + 3);
-    near.first[d] = courses[j].places[0][d] - reach;
-    near.last[d] = courses[j].places[0][d] + reach;
-  }
-  return near;
+  const Place& place = courses[j].places[0];
+  const int reach1 = std::max(18, 4 * halfWidth(0) + 4);
+  const int reach2 = std::max(10, 4 * halfWidth(1) + 3);
+  return {{place[0] - reach1, place[1] - reach2}, {place[0] + reach1, place[1] + reach2}};
 }
 
 /// What is around each peak in the first or in the last spectrum.
@@ -615,41 +630,45 @@ void PlotData::writeSurroundings(std::size_t which, std::size_t k) {
   constexpr double kPart = 0.08;  // of the peak
   constexpr double kFactor = 1.5;
   for (std::size_t j = 0; j < courses.size(); ++j) {
-    const std::string name = std::to_string(j + 1) + "-" + std::to_string(which + 1);
-    std::ostringstream stream;
     const Region near = findNear(j);
-    double highest = 0;
-    double lowest = 0;
-    for (int b = std::max(0, near.first[1]); b <= std::min(near.last[1], spectrum.getSize(1) - 1); ++b) {
-      for (int a = std::max(0, near.first[0]); a <= std::min(near.last[0], spectrum.getSize(0) - 1); ++a) {
-        const double value = spectrum.getData()[a][b];
-        highest = std::max(highest, value);
-        lowest = std::min(lowest, value);
-        stream << ppm(a, 0) << ' ' << ppm(b, 1) << ' ' << value << '\n';
+    const Region inside{
+        {std::max(0, near.first[0]), std::max(0, near.first[1])},
+        {std::min(near.last[0], spectrum.getSize(0) - 1), std::min(near.last[1], spectrum.getSize(1) - 1)}};
+    std::ostringstream points;
+    for (int b = inside.first[1]; b <= inside.last[1]; ++b) {
+      for (int a = inside.first[0]; a <= inside.last[0]; ++a) {
+        points << ppm(a, 0) << ' ' << ppm(b, 1) << ' ' << spectrum.getData()[a][b] << '\n';
       }
-      stream << '\n';
+      points << '\n';
     }
-    save("near-" + name, stream.str());
+    const std::string name = std::to_string(j + 1) + "-" + std::to_string(which + 1);
+    save("near-" + name, points.str());
+    save("boxes-" + name, listBoxes(near, k));
+
     Course& course = courses[j];
+    const auto [lowest, highest] = findRange(inside);
     const double base =
         std::max({kAboveNoise * pointNoise, kPart * heightAt(course.places[k]), 1e-3 * std::max(highest, -lowest)});
     course.positive[which] = listLevels(base, highest, kFactor, 1);
     course.negative[which] = listLevels(base, -lowest, kFactor, -1);
-
-    std::ostringstream boxesThere;
-    for (std::size_t other = 0; other < courses.size(); ++other) {
-      bool isNear = true;
-      for (const int dim : {0, 1}) {
-        const auto d = static_cast<std::size_t>(dim);
-        const int point = courses[other].places[k][d];
-        isNear = isNear && point + halfWidth(dim) >= near.first[d] && point - halfWidth(dim) <= near.last[d];
-      }
-      if (!isNear) continue;
-      writeBox(boxesThere, other, k);
-      boxesThere << '\n';
-    }
-    save("boxes-" + name, boxesThere.str());
   }
+}
+
+/// The boxes of the k-th spectrum that reach into a region.
+std::string PlotData::listBoxes(const Region& region, std::size_t k) const {
+  std::ostringstream boxesThere;
+  for (std::size_t j = 0; j < courses.size(); ++j) {
+    bool isThere = true;
+    for (const int dim : {0, 1}) {
+      const auto d = static_cast<std::size_t>(dim);
+      const int point = courses[j].places[k][d];
+      isThere = isThere && point + halfWidth(dim) >= region.first[d] && point - halfWidth(dim) <= region.last[d];
+    }
+    if (!isThere) continue;
+    writeBox(boxesThere, j, k);
+    boxesThere << '\n';
+  }
+  return boxesThere.str();
 }
 
 /// "1H" with its mass number raised, and the frequency.
@@ -665,14 +684,14 @@ void PlotData::writeAxes() {
     const std::string d = std::to_string(dim + 1);
     std::ostringstream mhz;
     mhz << spectrum.getObserveMHz(dim);
-    texts << "title" << d << " = '" << name << " (ppm), " << mhz.str() << " MHz'\nplaneLow" << d << " = "
-          << ppm(spectrum.getSize(dim) - 0.5, dim) << "\nplaneHigh" << d << " = " << ppm(-0.5, dim) << "\nboxWidth" << d
-          << " = " << 2 * halfWidthPpm(dim) << '\n';
+    runSettings << "title" << d << " = '" << name << " (ppm), " << mhz.str() << " MHz'\nplaneLow" << d << " = "
+                << ppm(spectrum.getSize(dim) - 0.5, dim) << "\nplaneHigh" << d << " = " << ppm(-0.5, dim)
+                << "\nboxWidth" << d << " = " << 2 * halfWidthPpm(dim) << '\n';
   }
-  texts << "peaks = " << courses.size() << "\nspectra = " << parameters.size()
-        << "\nfirstName = " << quote(settings.getSpectrumFile(0), 80) << "\nrunName = " << quote(request.reportFile, 80)
-        << "\nfirstTitle = " << quote(parameters.front(), 10) << "\nlastTitle = " << quote(parameters.back(), 10)
-        << '\n';
+  runSettings << "peaks = " << courses.size() << "\nspectra = " << parameters.size()
+              << "\nfirstName = " << quote(settings.getSpectrumFile(0), 80)
+              << "\nrunName = " << quote(request.reportFile, 80) << "\nfirstTitle = " << quote(parameters.front(), 10)
+              << "\nlastTitle = " << quote(parameters.back(), 10) << '\n';
 }
 
 void PlotData::writeParameters() {
@@ -680,11 +699,11 @@ void PlotData::writeParameters() {
   const double range = *distinct.rbegin() - *distinct.begin();
   const double margin = range > 0 ? 0.05 * range : 0.5;
   const double step = chooseStep(range + 2 * margin, 4);
-  texts.precision(17);  // a narrow range may lie far from 0
-  texts << "startX = " << *distinct.begin() << "\nrangeX = " << range << "\nlowX = " << *distinct.begin() - margin
-        << "\nhighX = " << *distinct.rbegin() + margin << "\nstepX = " << (hasNumbers ? step : std::max(1.0, step))
-        << "\nhasNumbers = " << hasNumbers << "\nhasNoise = " << !noise.empty() << "\ndistinct = " << distinct.size()
-        << '\n';
+  runSettings.precision(17);  // a narrow range may lie far from 0
+  runSettings << "startX = " << *distinct.begin() << "\nrangeX = " << range << "\nlowX = " << *distinct.begin() - margin
+              << "\nhighX = " << *distinct.rbegin() + margin
+              << "\nstepX = " << (hasNumbers ? step : std::max(1.0, step)) << "\nhasNumbers = " << hasNumbers
+              << "\nhasNoise = " << !noise.empty() << "\ndistinct = " << distinct.size() << '\n';
 }
 
 /// The lists of all peaks.
