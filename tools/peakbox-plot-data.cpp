@@ -58,8 +58,8 @@ struct Request {
 std::string readAll(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   std::ostringstream text;
-  text << stream.rdbuf();
-  if (!stream.is_open() || text.fail()) refuse(file, "cannot be read");
+  if (stream.peek() != std::ifstream::traits_type::eof()) text << stream.rdbuf();
+  if (!stream.is_open() || stream.bad() || text.fail()) refuse(file, "cannot be read");
   return text.str();
 }
 
@@ -101,16 +101,18 @@ std::vector<std::string> shorten(const std::string& text, std::size_t room) {
 
 constexpr std::size_t kLabelRoom = 22;
 
-/// The text as gnuplot reads it in single quotes.
+/// The text as gnuplot reads it in double quotes; what it would take for their end, an escape or a command is octal.
 std::string quote(const std::string& text, std::size_t room = kLabelRoom) {
-  std::string quoted = "'";
-  for (const std::string& character : shorten(text, room)) quoted += character == "'" ? "''" : character;
-  quoted += '\'';
+  std::string quoted = "\"";
+  for (const std::string& character : shorten(text, room)) {
+    quoted += character == "\"" ? "\\042" : character == "\\" ? "\\134" : character == "`" ? "\\140" : character;
+  }
+  quoted += '"';
   return quoted;
 }
 
-/// The uncertainty of each spectrum, of a file of peakbox-noise.
-std::vector<double> readNoise(const std::string& file, int spectrumCount) {
+/// The uncertainty of each spectrum, of a file of peakbox-noise that found `boxCount` boxes in each.
+std::vector<double> readNoise(const std::string& file, int spectrumCount, std::int64_t boxCount) {
   const std::string text = readAll(file);
   std::istringstream lines(text);
   std::string line;
@@ -121,11 +123,13 @@ std::vector<double> readNoise(const std::string& file, int spectrumCount) {
     std::istringstream words(line);
     std::size_t number = 0;
     double value = 0;
+    std::int64_t boxes = 0;
     std::string other;
-    const bool isWhole = words >> number >> value >> other >> other >> other && words.eof() && !lines.eof();
+    const bool isWhole = words >> number >> value >> other >> boxes >> other && words.eof() && !lines.eof();
     const std::string place = "line " + std::to_string(noise.size() + 2) + ": ";
     if (!isWhole || number != noise.size() + 1) refuse(file, place + "not a whole line of peakbox-noise");
     if (!(value > 0)) refuse(file, place + "the noise is not above 0");
+    if (boxes != boxCount) refuse(file, place + "the noise of boxes of another size, or of other spectra");
     noise.push_back(value);
   }
   if (noise.size() != static_cast<std::size_t>(spectrumCount)) {
@@ -224,8 +228,9 @@ LabelPlace LabelPlacer::place(std::size_t j, std::size_t characterCount) {
 LabelPlace LabelPlacer::putBeside(const Area& peak, const std::array<int, 2>& side, double gap,
                                   std::size_t characterCount) const {
   constexpr std::array<double, 2> kCharacter{0.0054, 0.0165};
-  LabelPlace label{.area = {.centre = peak.centre,
-                            .half = {0.5 * kCharacter[0] * static_cast<double>(characterCount), 0.5 * kCharacter[1]}}};
+  LabelPlace label{
+      .area = {.centre = peak.centre,
+               .half = {0.5 * kCharacter[0] * (static_cast<double>(characterCount) + 1), 0.5 * kCharacter[1]}}};
   for (const std::size_t d : {0U, 1U}) {
     label.from[d] = peak.centre[d] + side[d] * boxHalf[d];
     label.to[d] = peak.centre[d] + side[d] * (peak.half[d] + gap);
@@ -252,6 +257,13 @@ double LabelPlacer::rate(const LabelPlace& label, std::size_t j) const {
   }
   return covered;
 }
+
+/// A dimension of the first spectrum. All spectra are drawn on its axes, since boxes are carried from one to the next
+/// as points, whatever the references of later ones.
+struct Axis {
+  double ppmAtZero = 0;
+  double ppmPerPoint = 0;
+};
 
 /// A peak in all spectra of the run.
 struct Course {
@@ -318,11 +330,13 @@ class PlotData {
         point[0] >= 0 && point[0] < spectrum.getSize(0) && point[1] >= 0 && point[1] < spectrum.getSize(1);
     return isInside ? std::fabs(spectrum.getData()[point[0]][point[1]]) : 0;
   }
-  double ppm(double point, int dim) const { return spectrum.pointToPpm(point, dim); }
-  double ppmPerPoint(int dim) const { return std::fabs(ppm(0, dim) - ppm(1, dim)); }
+  double ppm(double point, int dim) const {
+    const Axis& axis = axes[static_cast<std::size_t>(dim)];
+    return axis.ppmAtZero + point * axis.ppmPerPoint;
+  }
   int halfWidth(int dim) const { return settings.getBoxSize(dim); }
   /// Of the box's outline, which is drawn around its points.
-  double halfWidthPpm(int dim) const { return (halfWidth(dim) + 0.5) * ppmPerPoint(dim); }
+  double halfWidthPpm(int dim) const { return std::fabs(ppm(halfWidth(dim) + 0.5, dim) - ppm(0, dim)); }
   std::string nameOf(std::size_t j) const {
     const std::string& label = peaks.getLabel(static_cast<int>(j));
     return label.empty() ? "(no label)" : label;
@@ -332,6 +346,7 @@ class PlotData {
   RunSettings settings;
   RunSettings absoluteSettings;
   Spectrum spectrum;
+  std::array<Axis, 2> axes;
   PeakList peaks;
   std::vector<Course> courses;
   std::vector<std::string> parameters;
@@ -356,9 +371,9 @@ void PlotData::save(const std::string& name, const std::string& text) const {
 
 void PlotData::write() {
   read();
+  writeAxes();
   measure();
   checkReport();
-  writeAxes();
   writeParameters();
   placeLabels();
   writeLists();
@@ -376,7 +391,14 @@ void PlotData::read() {
   absoluteSettings.parseArguments(4, arguments);
   spectrum.readHeader(settings.getSpectrumFile(0), false);
   courses.resize(peaks.read(settings.getPeakListFile(), spectrum, false));
-  if (!request.noiseFile.empty()) noise = readNoise(request.noiseFile, settings.getSpectrumCount());
+  for (const int dim : {0, 1}) {
+    axes[static_cast<std::size_t>(dim)] = {spectrum.pointToPpm(0, dim),
+                                           spectrum.pointToPpm(1, dim) - spectrum.pointToPpm(0, dim)};
+  }
+  if (!request.noiseFile.empty()) {
+    const auto countAlong = [this](int dim) { return spectrum.getSize(dim) / (2 * std::int64_t{halfWidth(dim)} + 1); };
+    noise = readNoise(request.noiseFile, settings.getSpectrumCount(), countAlong(0) * countAlong(1));
+  }
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     parameters.push_back(readParameter(k));
     if (request.isFit && parameters.back().empty()) {
@@ -439,7 +461,7 @@ void PlotData::checkValues(int k) const {
 }
 
 void PlotData::followPeaks(int k) {
-  constexpr double kAboveNoise = 5;  // of a point: below it the greatest one is anywhere
+  constexpr double kAboveNoise = 5;  // of a point: below it the greatest one of a peak that has decayed is anywhere
   for (int j = 0; j < peaks.getCount(); ++j) {
     Course& course = courses[static_cast<std::size_t>(j)];
     boxes->integratePeak(j, spectrum, halfWidth(0), halfWidth(1));
@@ -449,9 +471,8 @@ void PlotData::followPeaks(int k) {
     course.areas[1] = {extent1.low, extent1.high, extent2.low, extent2.high};
     if (k == 0) course.areas[0] = course.areas[1];
     course.intensities.push_back(boxes->getIntensity(j));
-    const bool isSeen =
-        heightAt(course.places.back()) > kAboveNoise * pointNoise && !isNoise(static_cast<std::size_t>(j));
-    if (course.trouble.empty() && isSeen && isAtEdge(k, j)) {
+    const bool isSeen = k == 0 || heightAt(course.places.back()) > kAboveNoise * pointNoise;
+    if (course.trouble.empty() && isSeen && !isNoise(static_cast<std::size_t>(j)) && isAtEdge(k, j)) {
       course.trouble = "edge of search area, spectrum " + std::to_string(k + 1);
     }
   }
@@ -569,7 +590,9 @@ void PlotData::chooseMapLevels() {
   constexpr double kAboveNoise = 7;
   constexpr double kFactor = 1.6;
   const auto [lowest, highest] = findRange({{0, 0}, {spectrum.getSize(0) - 1, spectrum.getSize(1) - 1}});
-  const double base = std::max(kAboveNoise * pointNoise, 1e-3 * std::max(highest, -lowest));
+  double tallest = 0;
+  for (const Course& course : courses) tallest = std::max(tallest, heightAt(course.places[0]));
+  const double base = std::max(kAboveNoise * pointNoise, 1e-3 * (tallest > 0 ? tallest : std::max(highest, -lowest)));
   runSettings << "mapBase = " << base << "\nmapFactor = " << kFactor
               << "\nmapPositive = " << listLevels(base, highest, kFactor, 1)
               << "\nmapNegative = " << listLevels(base, -lowest, kFactor, -1) << '\n';
@@ -647,8 +670,7 @@ void PlotData::writeSurroundings(std::size_t which, std::size_t k) {
 
     Course& course = courses[j];
     const auto [lowest, highest] = findRange(inside);
-    const double base =
-        std::max({kAboveNoise * pointNoise, kPart * heightAt(course.places[k]), 1e-3 * std::max(highest, -lowest)});
+    const double base = std::max(kAboveNoise * pointNoise, kPart * heightAt(course.places[k]));
     course.positive[which] = listLevels(base, highest, kFactor, 1);
     course.negative[which] = listLevels(base, -lowest, kFactor, -1);
   }

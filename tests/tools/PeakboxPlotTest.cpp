@@ -17,11 +17,15 @@ const std::vector<double> kTimes{0.5, 0, 1, 2, 4};
 const std::vector<double> kDecay{790, 1010, 640, 350, 160};
 const std::vector<double> kNoise{10, 20, 10, 10, 20};
 
+// A label with all that gnuplot could take for something else.
+const std::string kHarmful = "B 2''`\"\\";
+
 /// A series of single points, so that an intensity is the value of its point.
 Files makeSeries(const std::vector<std::string>& parameters) {
-  Files files{{"peaks.xpk", examplePeakHeader() + examplePeakLine({.number = "1", .label = "{A_1}"}) +
-                                examplePeakLine({.number = "2", .label = "{B 2}", .ppm1 = "5", .ppm2 = "8"}) +
-                                examplePeakLine({.number = "3", .label = "{noise3}", .ppm1 = "12", .ppm2 = "2"})}};
+  Files files{
+      {"peaks.xpk", examplePeakHeader() + examplePeakLine({.number = "1", .label = "{A_1}"}) +
+                        examplePeakLine({.number = "2", .label = "{" + kHarmful + "}", .ppm1 = "5", .ppm2 = "8"}) +
+                        examplePeakLine({.number = "3", .label = "{noise3}", .ppm1 = "12", .ppm2 = "2"})}};
   std::string& settings = files["run.par"];
   settings = "PEAKLIST peaks.xpk\nBOXSIZE 0\nTOLERANCE 100 50\n";
   std::string& noise = files["noise"];
@@ -38,7 +42,7 @@ Files makeSeries(const std::vector<std::string>& parameters) {
     };
     files[std::string("s").append(number)] = writePipe(plane);
     settings.append("SPECTRUM s").append(number).append(" ").append(parameters[k]).append("\n");
-    noise.append(number).append("\t").append(std::to_string(kNoise[k])).append("\t1\t400\t390\n");
+    noise.append(number).append("\t").append(std::to_string(kNoise[k])).append("\t1\t192\t190\n");
   }
   return files;
 }
@@ -99,7 +103,7 @@ TEST_F(PeakboxPlot, GivesTheRatesOfAnIndependentFit) {
         std::string("# Label\tRate\tError") + (hasNoise ? "" : " (from the scatter)") + "\tChi2\tDegreesOfFreedom\n");
     ASSERT_TRUE(end.starts_with(start)) << end;
     std::istringstream lines(end.substr(start.size()));
-    for (const std::string label : {"A_1", "B 2"}) {
+    for (const std::string& label : {std::string("A_1"), kHarmful}) {
       std::string found;
       std::string line;
       std::getline(lines, found, '\t');
@@ -121,7 +125,7 @@ TEST_F(PeakboxPlot, RemarksOnFitsThatShowNothing) {
   const std::string head = "# Label\tRate\tError (from the scatter)\tChi2\tDegreesOfFreedom\n";
   const std::string few = "\tfewer than three distinct parameters\n";
   EXPECT_EQ(plot(makeSeries({"1", "1.0", "1"}), "peakbox-plot -f run.par r o.pdf"),
-            outcome(0, "", "(no file)", head + "A_1\tnan\tnan\tnan\t1" + few + "B 2\tnan\tnan\tnan\t1" + few));
+            outcome(0, "", "(no file)", head + "A_1\tnan\tnan\tnan\t1" + few + kHarmful + "\tnan\tnan\tnan\t1" + few));
   const std::string end = plot(makeSeries({"0", "0", "1", "1"}), "peakbox-plot -f run.par r o.pdf | grep -c few");
   EXPECT_EQ(end, outcome(0, "", "(no file)", "2\n"));
 }
@@ -152,6 +156,8 @@ TEST_F(PeakboxPlot, RefusesWhatIsNotOfTheRun) {
       {"rm r", "r: cannot be read"},
       {"head -n 3 noise >x && mv x noise", "noise: has the noise of 2 spectra, and the run has 5"},
       {"head -c -3 noise >x && mv x noise", "noise: line 6: not a whole line of peakbox-noise"},
+      {"sed -i s/192/91/ noise", "noise: line 2: the noise of boxes of another size, or of other spectra"},
+      {": >r", "r: is incomplete: it ends within the run of run.par"},
       {"mkdir o.pdf", "o.pdf: cannot be written"},
       {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r",
        "run.par: the parameter '5ms' of spectrum 1 is not a number, and -f needs one"},
