@@ -192,8 +192,8 @@ struct LabelPlace {
 class LabelPlacer {
  public:
   /// `boxHalfWidths` are those of the boxes, at which the lines to the labels begin.
-  LabelPlacer(const std::vector<Area>& peakAreas, const std::array<double, 2>& boxHalfWidths)
-      : peaks(peakAreas), boxHalf(boxHalfWidths) {}
+  LabelPlacer(std::vector<Area> peakAreas, const std::array<double, 2>& boxHalfWidths)
+      : peaks(std::move(peakAreas)), boxHalf(boxHalfWidths) {}
 
   LabelPlace place(std::size_t j, std::size_t characterCount);
 
@@ -627,7 +627,7 @@ void PlotData::placeLabels() {
       areas[j].half[d] = std::max(boxHalf[d], courses[j].extent[d] / sizes[d]);
     }
   }
-  LabelPlacer placer(areas, boxHalf);
+  LabelPlacer placer(std::move(areas), boxHalf);
   for (std::size_t j = 0; j < courses.size(); ++j) {
     courses[j].label = placer.place(j, shorten(nameOf(j), kLabelRoom).size());
   }
