@@ -152,8 +152,10 @@ double chooseStep(double range, int count) {
 /// Heights of contours from `lowest` up to `highest`, each `factor` times the one before, or their negatives.
 std::string listLevels(double lowest, double highest, double factor, double sign) {
   std::ostringstream levels;
-  for (double level = lowest; level > 0 && level <= highest; level *= factor) {
+  double level = lowest;
+  while (level > 0 && level <= highest) {
     levels << (level > lowest ? "," : "") << sign * level;
+    level *= factor;
   }
   return std::string("'").append(levels.str()).append("'");
 }
