@@ -193,16 +193,21 @@ struct LabelPlace {
 /// Finds for each label the place beside its peak where it and its line cover least.
 class LabelPlacer {
  public:
-  /// `boxHalfWidths` are those of the boxes, at which the lines to the labels begin.
-  LabelPlacer(std::vector<Area> peakAreas, const std::array<double, 2>& boxHalfWidths)
-      : peaks(std::move(peakAreas)), boxHalf(boxHalfWidths) {}
+  /// `boxHalfWidths` are those of the boxes, at which the lines to the labels begin; contours are drawn of what is
+  /// above `lowestContour` in the map's spectrum.
+  LabelPlacer(const Spectrum& map, double lowestContour, std::vector<Area> peakAreas,
+              const std::array<double, 2>& boxHalfWidths)
+      : spectrum(map), base(lowestContour), peaks(std::move(peakAreas)), boxHalf(boxHalfWidths) {}
 
   LabelPlace place(std::size_t j, std::size_t characterCount);
 
  private:
   LabelPlace putBeside(const Area& peak, const std::array<int, 2>& side, double gap, std::size_t characterCount) const;
   double rate(const LabelPlace& label, std::size_t j) const;
+  double findContours(const Area& area) const;
 
+  const Spectrum& spectrum;
+  const double base;
   const std::vector<Area> peaks;
   const std::array<double, 2> boxHalf;
   std::vector<Area> labels;
@@ -251,6 +256,7 @@ double LabelPlacer::rate(const LabelPlace& label, std::size_t j) const {
     line.half[d] = 0.5 * std::fabs(label.from[d] - label.to[d]);
     if (label.area.centre[d] < label.area.half[d] || label.area.centre[d] + label.area.half[d] > 1) covered += 1;
   }
+  covered += findContours(label.area);
   for (const Area& other : labels) covered += overlap(label.area, other) + overlap(line, other);
   for (std::size_t other = 0; other < peaks.size(); ++other) {
     if (other == j) continue;
@@ -258,6 +264,21 @@ double LabelPlacer::rate(const LabelPlace& label, std::size_t j) const {
     if (overlap(line, peaks[other]) > 0) covered += 0.01;
   }
   return covered;
+}
+
+/// How much of an area has contours, in parts of the map.
+double LabelPlacer::findContours(const Area& area) const {
+  const std::array<int, 2> sizes{spectrum.getSize(0), spectrum.getSize(1)};
+  Region region{};
+  for (const std::size_t d : {0U, 1U}) {
+    region.first[d] = std::max(0, static_cast<int>((area.centre[d] - area.half[d]) * sizes[d]));
+    region.last[d] = std::min(sizes[d] - 1, static_cast<int>((area.centre[d] + area.half[d]) * sizes[d]));
+  }
+  double points = 0;
+  for (int i = region.first[0]; i <= region.last[0]; ++i) {
+    for (int j = region.first[1]; j <= region.last[1]; ++j) points += std::fabs(spectrum.getData()[i][j]) > base;
+  }
+  return points / sizes[0] / sizes[1];
 }
 
 /// A dimension of the first spectrum. All spectra are drawn on its axes, since boxes are carried from one to the next
@@ -302,9 +323,10 @@ class PlotData {
   std::pair<double, double> findRange(const Region& region) const;
   void writeMap();
   std::vector<double> reduceRows(int j0, int j1, int step) const;
-  void chooseMapLevels();
+  double chooseMapLevels();
   double findExtent(const Place& top, std::size_t d, double base) const;
-  void placeLabels();
+  void placeLabels(double base);
+  void chooseReach();
   Region findNear(std::size_t j) const;
   void writeSurroundings(std::size_t which, std::size_t k);
   std::string listBoxes(const Region& region, std::size_t k) const;
@@ -355,6 +377,7 @@ class PlotData {
   std::vector<double> abscissas;  // what the curves run over
   std::vector<double> noise;
   double pointNoise = 0;  // of the spectrum loaded last
+  Place reach{};          // of the surroundings to either side of a peak, in points
   std::string report;
   bool isAbsolute = false;
   bool hasNumbers = false;  // all parameters are numbers
@@ -377,7 +400,6 @@ void PlotData::write() {
   measure();
   checkReport();
   writeParameters();
-  placeLabels();
   writeLists();
   for (std::size_t j = 0; j < courses.size(); ++j) {
     writePeak(j);
@@ -447,7 +469,8 @@ void PlotData::measure() {
     boxes->writeSpectrumTable(k, absoluteText, absoluteSettings, spectrum, peaks);
     if (k == 0) {
       writeMap();
-      chooseMapLevels();
+      placeLabels(chooseMapLevels());
+      chooseReach();
       writeSurroundings(0, 0);
     }
     if (k == last) writeSurroundings(1, static_cast<std::size_t>(k));
@@ -587,8 +610,8 @@ void PlotData::writeMap() {
   runSettings << "strips = " << strips << '\n';
 }
 
-/// The contours of the map, and how far those of the peaks reach.
-void PlotData::chooseMapLevels() {
+/// The contours of the map, how far those of the peaks reach, and the height of the lowest one.
+double PlotData::chooseMapLevels() {
   constexpr double kAboveNoise = 7;
   constexpr double kFactor = 1.6;
   const auto [lowest, highest] = findRange({{0, 0}, {spectrum.getSize(0) - 1, spectrum.getSize(1) - 1}});
@@ -601,6 +624,7 @@ void PlotData::chooseMapLevels() {
   for (Course& course : courses) {
     course.extent = {findExtent(course.places[0], 0, base), findExtent(course.places[0], 1, base)};
   }
+  return base;
 }
 
 /// How far from its top a peak falls above `base` along a dimension, to the farther side, in points.
@@ -619,7 +643,7 @@ double PlotData::findExtent(const Place& top, std::size_t d, double base) const 
   return farthest;
 }
 
-void PlotData::placeLabels() {
+void PlotData::placeLabels(double base) {
   const std::array<double, 2> sizes{static_cast<double>(spectrum.getSize(0)), static_cast<double>(spectrum.getSize(1))};
   const std::array<double, 2> boxHalf{(halfWidth(0) + 0.5) / sizes[0], (halfWidth(1) + 0.5) / sizes[1]};
   std::vector<Area> areas(courses.size());
@@ -629,7 +653,7 @@ void PlotData::placeLabels() {
       areas[j].half[d] = std::max(boxHalf[d], courses[j].extent[d] / sizes[d]);
     }
   }
-  LabelPlacer placer(std::move(areas), boxHalf);
+  LabelPlacer placer(spectrum, base, std::move(areas), boxHalf);
   for (std::size_t j = 0; j < courses.size(); ++j) {
     courses[j].label = placer.place(j, shorten(nameOf(j), kLabelRoom).size());
   }
@@ -641,12 +665,28 @@ void PlotData::writeBox(std::ostream& stream, std::size_t j, std::size_t k) cons
   stream << ppm(place[0], 0) << '\t' << ppm(place[1], 1) << '\t' << halfWidthPpm(0) << '\t' << halfWidthPpm(1);
 }
 
+/// Chooses how far the surroundings reach to either side, of all peaks alike: so that boxes, search areas and peaks as
+/// most of them are take a good part.
+void PlotData::chooseReach() {
+  constexpr int kLeast = 5;
+  constexpr int kMost = 60;
+  for (const std::size_t d : {0U, 1U}) {
+    std::vector<double> needed{0};
+    for (const Course& course : courses) {
+      const double searched = 0.5 * std::fabs(course.areas[0][2 * d + 1] - course.areas[0][2 * d]);
+      const double halfHeight = 0.5 * heightAt(course.places[0]);
+      needed.push_back(std::max(1.3 * searched, 2.5 * findExtent(course.places[0], d, halfHeight)));
+    }
+    std::sort(needed.begin(), needed.end());
+    const double ofBox = 6 * (halfWidth(static_cast<int>(d)) + 0.5);
+    reach[d] = static_cast<int>(std::clamp<double>(std::max(ofBox, needed[needed.size() / 2]), kLeast, kMost));
+  }
+}
+
 /// The surroundings of a peak that are drawn; they may reach beyond the plane.
 Region PlotData::findNear(std::size_t j) const {
   const Place& place = courses[j].places[0];
-  const int reach1 = std::max(18, 4 * halfWidth(0) + 4);
-  const int reach2 = std::max(10, 4 * halfWidth(1) + 3);
-  return {{place[0] - reach1, place[1] - reach2}, {place[0] + reach1, place[1] + reach2}};
+  return {{place[0] - reach[0], place[1] - reach[1]}, {place[0] + reach[0], place[1] + reach[1]}};
 }
 
 /// What is around each peak in the first or in the last spectrum.
@@ -700,6 +740,7 @@ void PlotData::writeAxes() {
   const std::array<std::string, 2> names = nameDimensions(spectrum);
   for (const int dim : {0, 1}) {
     std::string name = names[static_cast<std::size_t>(dim)];
+    runSettings << "name" << dim + 1 << " = '" << name << "'\n";
     if (name[0] != 'D') {
       const std::size_t digits = name.find_first_not_of("0123456789");
       const std::string element = name.substr(digits, name.find('_') - digits);
