@@ -9,8 +9,8 @@
 #include <sstream>
 #include <string>
 
+#include "demo/SpectrumWriter.h"
 #include "integrate/BoxTable.h"
-#include "support/SpectrumWriter.h"
 
 namespace {
 
@@ -48,7 +48,7 @@ const InputFolder& folder() {
 }
 
 std::string writeSpectrum(bool isView, bool swapped) {
-  const test::Plane plane{
+  const demo::Plane plane{
       .direct = {.size = kSize1, .observeMHz = 600, .sweepWidthHz = 9000, .tile = 64},
       .indirect = {.size = kSize2, .observeMHz = 60, .sweepWidthHz = 3000, .tile = 32},
       .value = [](int i, int j) { return static_cast<float>((i * 7919 + j * 104729) % 10007 - 5000); },

@@ -8,11 +8,11 @@
 #include <iostream>
 #include <string>
 
-#include "support/SpectrumWriter.h"
+#include "demo/SpectrumWriter.h"
 
 namespace {
 
-using peakbox::test::Plane;
+using peakbox::demo::Plane;
 
 struct Work {
   std::string name;

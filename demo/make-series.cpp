@@ -20,7 +20,9 @@
 #include <utility>
 #include <vector>
 
-#include "support/SpectrumWriter.h"
+#include "base/TextNumbers.h"
+#include "demo/SpectrumWriter.h"
+#include "peaks/PeakListWriter.h"
 
 namespace {
 
@@ -154,7 +156,7 @@ Plane makePlane(double delaySeconds, std::mt19937& generator) {
   return plane;
 }
 
-peakbox::test::Axis fileAxis(const Axis& axis) {
+peakbox::demo::Axis fileAxis(const Axis& axis) {
   return {.size = axis.points,
           .observeMHz = static_cast<float>(axis.observeMHz),
           .sweepWidthHz = static_cast<float>(axis.sweepHz),
@@ -164,7 +166,7 @@ peakbox::test::Axis fileAxis(const Axis& axis) {
 }
 
 /// Neither tile size divides the plane, so the last tiles of an NMRView file are padded.
-peakbox::test::Plane filePlane(const Plane& plane, bool swapped) {
+peakbox::demo::Plane filePlane(const Plane& plane, bool swapped) {
   return {.direct = fileAxis(kAxis1),
           .indirect = fileAxis(kAxis2),
           .value = [&plane](int i, int j) { return static_cast<float>(plane[at(i, j)]); },
@@ -173,30 +175,27 @@ peakbox::test::Plane filePlane(const Plane& plane, bool swapped) {
 }
 
 std::string makePeakList() {
-  std::ostringstream text;
-  text << "label dataset sw sf\n"
-       << kAxis1.name << ' ' << kAxis2.name << "\nsynthetic\n"
-       << '{' << kAxis1.sweepHz << "} {" << kAxis2.sweepHz << "}\n"
-       << '{' << kAxis1.observeMHz << "} {" << kAxis2.observeMHz << "}\n";
-  for (const Axis* axis : {&kAxis1, &kAxis2}) {
-    for (const char* column : {".L ", ".P ", ".W ", ".B ", ".E ", ".J ", ".U "}) {
-      text << axis->name << column;
-    }
-  }
-  text << "vol int stat comment flag0\n";
+  const peakbox::Axes axes{.sizes = {kAxis1.points, kAxis2.points},
+                           .observeMHz = {kAxis1.observeMHz, kAxis2.observeMHz},
+                           .hzPerPoint = {kAxis1.sweepHz / kAxis1.points, kAxis2.sweepHz / kAxis2.points},
+                           .originPpm = {kAxis1.originPpm, kAxis2.originPpm}};
+  std::string text = peakbox::writeListHeader(axes, {std::string(kAxis1.name), std::string(kAxis2.name)}, "synthetic");
   int number = 0;
   for (const Line& line : kLines) {
     ++number;
     const double offset = number % 2 == 0 ? 0.8 : -0.7;  // picked by hand, the positions are a little off the maxima
-    text << number;
-    for (const Axis* axis : {&kAxis1, &kAxis2}) {
-      const double point = axis == &kAxis1 ? line.point1 + offset : line.point2 - offset;
-      text << " {" << line.label << "} " << axis->ppm(point) << ' ' << 2.355 * axis->lineWidth * axis->ppmPerPoint()
-           << ' ' << axis->searchWidth * axis->ppmPerPoint() << " ++ {0.0} {}";
-    }
-    text << " 0.0 0.0 0 {} 0\n";
+    const auto write = [](double (*value)(const Axis&)) -> std::array<std::string, 2> {
+      return {peakbox::realToText(value(kAxis1)), peakbox::realToText(value(kAxis2))};
+    };
+    text += peakbox::writeListLine(
+        {.number = number,
+         .label = std::string(line.label),
+         .ppm = {peakbox::realToText(kAxis1.ppm(line.point1 + offset)),
+                 peakbox::realToText(kAxis2.ppm(line.point2 - offset))},
+         .bounds = write([](const Axis& axis) { return axis.searchWidth * axis.ppmPerPoint(); }),
+         .lineWidth = write([](const Axis& axis) { return 2.355 * axis.lineWidth * axis.ppmPerPoint(); })});
   }
-  return text.str();
+  return text;
 }
 
 std::string spectrumFile(const std::string& format, std::size_t plane) {
@@ -228,7 +227,7 @@ std::string makeRates() {
 /// All planes as one pseudo-three-dimensional file, whose indirect dimension is axis number 3 and whose delays are axis
 /// number 1.
 std::string makeCube(const std::vector<Plane>& planes) {
-  using peakbox::test::putReal;
+  using peakbox::demo::putReal;
   std::string bytes;
   for (const Plane& plane : planes) {
     const std::string file = writePipe(filePlane(plane, false));

@@ -8,8 +8,8 @@
 #include <iostream>
 #include <streambuf>
 
-#include "base/RunSettings.h"
 #include "base/ThrowingMessages.h"
+#include "driver/RunSettings.h"
 #include "integrate/BoxTable.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Spectrum.h"

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "base/Messages.h"
-#include "base/RunSettings.h"
+#include "driver/RunSettings.h"
 
 namespace peakbox {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "base/Messages.h"
-#include "base/RunSettings.h"
 #include "base/TextNumbers.h"
+#include "driver/RunSettings.h"
 
 namespace peakbox {
 
@@ -78,10 +78,10 @@ void RunSettings::parseBoxSizeLine(std::int64_t line) {
   if (tokenCount < 2) failInLine(line, "No BOXSIZE specified.");
   const std::int32_t first = textToInteger(tokens[1].c_str());
   const std::int32_t second = tokenCount == 3 ? textToInteger(tokens[2].c_str()) : first;
-  boxSize = {first, second};
-  for (const std::int32_t halfWidth : boxSize) {
+  for (const std::int32_t halfWidth : {first, second}) {
     if (halfWidth < 0) failInLine(line, "Negative BOXSIZE (" + std::to_string(halfWidth) + ").");
   }
+  boxSize = {first, second};
 }
 
 void RunSettings::parsePeakListLine(std::int64_t line) {
@@ -96,22 +96,22 @@ void RunSettings::parseToleranceLine(std::int64_t line) {
 }
 
 void RunSettings::parseSpectrumLine(std::int64_t line) {
-  if (awaitingSpectrum) {
-    spectrumTokenCount = tokenCount;
-    awaitingSpectrum = false;
-  }
   if (tokenCount < 2) failInLine(line, "No SPECTRUM specified.");
+  if (!awaitingSpectrum && tokenCount != spectrumTokenCount) failInLine(line, "Insufficent parameters.");
+  const std::string parameter1 = tokenCount > 2 ? resolveDitto(spectrumParameters1, tokens[2], line) : "";
+  const std::string parameter2 = tokenCount > 3 ? resolveDitto(spectrumParameters2, tokens[3], line) : "";
+  spectrumTokenCount = tokenCount;
+  awaitingSpectrum = false;
   spectrumFiles.push_back(tokens[1]);
-  if (tokenCount != spectrumTokenCount) failInLine(line, "Insufficent parameters.");
-  if (tokenCount >= 3) addSpectrumParameter(spectrumParameters1, tokens[2], line);
-  if (tokenCount >= 4) addSpectrumParameter(spectrumParameters2, tokens[3], line);
+  spectrumParameters1.push_back(parameter1);
+  spectrumParameters2.push_back(parameter2);
 }
 
-void RunSettings::addSpectrumParameter(std::vector<std::string>& parameters, const std::string& token,
-                                       std::int64_t line) {
-  const bool ditto = token == "\"";
-  if (ditto && parameters.empty()) failInLine(line, "No previous parameter to repeat.");
-  parameters.push_back(ditto ? parameters.back() : token);
+std::string RunSettings::resolveDitto(const std::vector<std::string>& parameters, const std::string& token,
+                                      std::int64_t line) {
+  if (token != "\"") return token;
+  if (parameters.empty()) failInLine(line, "No previous parameter to repeat.");
+  return parameters.back();
 }
 
 }  // namespace peakbox

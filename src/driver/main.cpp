@@ -1,7 +1,7 @@
 #include <new>
 
 #include "base/Messages.h"
-#include "base/RunSettings.h"
+#include "driver/RunSettings.h"
 #include "integrate/BoxTable.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Spectrum.h"

@@ -21,23 +21,24 @@ void BoxTable::recentreBoxes(int count) {
     extent.low = extent.centre - points;
     extent.high = extent.centre + points;
   };
-  for (std::size_t j = 0; j < static_cast<std::size_t>(count); ++j) {
-    recentre(extents1[j], tolerancePoints[0]);
-    recentre(extents2[j], tolerancePoints[1]);
+  for (int j = 0; j < count; ++j) {
+    recentre(extents1[static_cast<std::size_t>(j)], tolerancePoints[0]);
+    recentre(extents2[static_cast<std::size_t>(j)], tolerancePoints[1]);
   }
 }
 
+void BoxTable::measureSpectrum(int index, const Spectrum& spectrum, const RunSettings& settings) {
+  const auto peakCount = static_cast<int>(intensities.size());
+  for (int j = 0; j < peakCount; ++j) integratePeak(j, spectrum, settings.getBoxSize(0), settings.getBoxSize(1));
+  if (index == 0) recentreBoxes(peakCount);
+}
+
 void BoxTable::writeReport(const RunSettings& settings, Spectrum& spectrum, const PeakList& peaks) {
-  // Settings without half-widths end the run here, where an existing report is still untouched.
-  const std::int32_t halfWidth1 = settings.getBoxSize(0);
-  const std::int32_t halfWidth2 = settings.getBoxSize(1);
+  settings.getBoxSize(0);  // without half-widths the run ends here, where an existing report is still untouched
   std::ofstream report(settings.getOutputFile());
-  const int peakCount = peaks.getCount();
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     spectrum.loadData(settings.getSpectrumFile(k), settings.getVerbose());
-    for (int j = 0; j < peakCount; ++j) integratePeak(j, spectrum, halfWidth1, halfWidth2);
-    // Later spectra are searched around the points found in the first.
-    if (k == 0) recentreBoxes(peakCount);
+    measureSpectrum(k, spectrum, settings);
     writeSpectrumTable(k, report, settings, spectrum, peaks);
   }
 }

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <iosfwd>
 #include <vector>
 
-#include "base/RunSettings.h"
+#include "driver/RunSettings.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Spectrum.h"
 
@@ -17,6 +18,11 @@ struct BoxExtent {
   double centre = 0.0;
   double low = 0.0;
   double high = 0.0;
+
+  /// The whole points of the area, from first to last as doubles, since edges may be infinite or beyond any integer;
+  /// the first lies behind the last where there are none.
+  double firstPoint() const { return std::ceil(low); }
+  double lastPoint() const { return std::floor(high); }
 };
 
 /// The working table of a run: where each peak is looked for and what was measured there in the spectrum in hand.
@@ -29,15 +35,19 @@ class BoxTable {
 
   /// Builds every search area from the peak list and folds it, by whole sizes, in each dimension: up until its lower
   /// edge is not below 0, then down until its upper edge is not above the size. An area that ends elsewhere than it
-  /// began gives a warning; one across point 0 comes back to where it was. A place that is no number, or farther off
-  /// than 2^31 sizes, ends the run with status 1.
+  /// began gives a warning; one across point 0 comes back to where it was unless it is wider than the plane. A place
+  /// that is no number, or farther off than 2^31 sizes, ends the run with status 1.
   void placeBoxes(const Spectrum& spectrum, const PeakList& peaks);
 
-  /// Measures peak j: moves its centre to the point of greatest magnitude in its search area, of which at least two
-  /// points are searched and only those in the plane, and sums the (2 halfWidth1 + 1) x (2 halfWidth2 + 1) points
-  /// around it. A box that reaches outside the plane ends the run with status 0, a search area that is not a number
-  /// with status 1.
+  /// Measures peak j: moves its centre to the point of greatest magnitude in its search area, and sums the
+  /// (2 halfWidth1 + 1) x (2 halfWidth2 + 1) points around it. Of an area that holds no point the two beside it are
+  /// searched, of one that reaches outside the plane what is inside or, where nothing is, the nearest point. A box that
+  /// reaches outside the plane ends the run with status 0, a search area that is not a number with status 1.
   void integratePeak(int j, const Spectrum& spectrum, std::int32_t halfWidth1, std::int32_t halfWidth2);
+
+  /// Measures all peaks in spectrum `index` of the run, from 0. After the first one the search areas move to the points
+  /// found there.
+  void measureSpectrum(int index, const Spectrum& spectrum, const RunSettings& settings);
 
   /// Search areas of the first `count` peaks become centre +- tolerance, in points of the spectrum that placed them.
   void recentreBoxes(int count);

@@ -16,9 +16,8 @@ void BoxTable::writeSpectrumTable(int index, std::ostream& out, const RunSetting
   out << "# Num\tLabel\tPos1\tPos2\tInt\n";
   for (int j = 0; j < peaks.getCount(); ++j) {
     const std::string& label = peaks.getLabel(j);
-    const bool isNoise = label.find("noise") != std::string::npos;
     const double intensity = getIntensity(j);
-    const double written = settings.getAbsoluteIntensity() && !isNoise ? std::fabs(intensity) : intensity;
+    const double written = settings.getAbsoluteIntensity() && !isNoiseLabel(label) ? std::fabs(intensity) : intensity;
     out << "  " + std::to_string(peaks.getNumber(j)) + "\t" + label + "\t" +
                realToText(spectrum.pointToPpm(getExtent1(j).centre, 0)) + "\t" +
                realToText(spectrum.pointToPpm(getExtent2(j).centre, 1)) + "\t" + realToText(written) + "\n";

@@ -50,12 +50,11 @@ void LineSplitter::splitLine() {
   for (std::size_t i = 0; i < line.size(); ++i) {
     if (isOpener(line[i])) {
       while (i < line.size() && !isCloser(line[i])) ++i;
-    } else if (isDelimiter(line[i])) {
-      line[i] = '\0';
     }
+    if (isDelimiter(line[i])) line[i] = '\0';  // behind the last character stands a NUL, which is none
   }
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    if (line[i] != '\0' && (i == 0 || line[i - 1] == '\0')) fieldStarts.push_back(i);
+  for (std::size_t i = 0; i < line.size(); i += std::strlen(&line[i]) + 1) {
+    if (line[i] != '\0') fieldStarts.push_back(i);
   }
 }
 

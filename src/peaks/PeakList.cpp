@@ -13,9 +13,6 @@ namespace peakbox {
 
 namespace {
 
-/// The data field that holds -1 when a peak has been deleted, whatever line 6 calls it.
-constexpr std::int32_t kDeletedColumn = 17;
-
 void skipLines(std::istream& stream, int count) {
   for (int i = 0; i < count; ++i) stream.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
 }

@@ -10,6 +10,12 @@
 
 namespace peakbox {
 
+/// Whether a peak of this label stands for noise and not for a signal.
+inline bool isNoiseLabel(const std::string& label) { return label.find("noise") != std::string::npos; }
+
+/// The field of a peak's line, counted from 0, that holds -1 when the peak has been deleted, whatever line 6 calls it.
+inline constexpr std::int32_t kDeletedColumn = 17;
+
 /// One peak of the list; arrays hold the direct dimension at 0, the indirect one at 1.
 struct Peak {
   std::int32_t number;

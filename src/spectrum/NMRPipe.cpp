@@ -1,5 +1,4 @@
 #include <cmath>
-#include <fstream>
 #include <optional>
 #include <string>
 
@@ -30,20 +29,16 @@ std::optional<bool> pipe::findByteOrder(const FileHeader& header) {
   return std::nullopt;
 }
 
-std::string pipe::describeOrder(const std::string& path, const Spectrum& spectrum) {
-  if (spectrum.getFormat() != SpectrumFormat::NMRPipe) return "";
-  std::ifstream stream(path, std::ios::binary);
-  const FileHeader header(stream);
-  const auto integer = [&](std::size_t offset) { return header.getTruncated(offset, spectrum.isByteSwapped()); };
-  const std::int32_t fastest = integer(kOrder[0]);
-  const std::int32_t second = integer(kOrder[1]);
-  if (integer(kTransposed) == 1 || (fastest != 0 && fastest != kDirect)) {
+std::string Spectrum::describeOrder() const {
+  if (formatCode != SpectrumFormat::NMRPipe) return "";
+  if (isTransposed || (axisNumbers[0] != 0 && axisNumbers[0] != pipe::kDirect)) {
     return "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places; "
            "peakbox-planes turns it over";
   }
-  if (second == 0 || second == kIndirect) return "";
-  return "the second axis is number " + std::to_string(second) + " of its experiment, and peakbox reads number " +
-         std::to_string(kIndirect) + "; peakbox-planes makes it so";
+  if (axisNumbers[1] == 0 || axisNumbers[1] == pipe::kIndirect) return "";
+  return "the second axis is number " + std::to_string(axisNumbers[1]) +
+         " of its experiment, and peakbox reads number " + std::to_string(pipe::kIndirect) +
+         "; peakbox-planes makes it so";
 }
 
 void Spectrum::readPipeHeader(std::istream& stream) {
@@ -68,15 +63,17 @@ void Spectrum::parsePipeHeader(const FileHeader& header) {
   const auto real = [&](std::size_t offset) { return double{header.getReal(offset, byteSwapped)}; };
   const auto integer = [&](std::size_t offset) { return header.getTruncated(offset, byteSwapped); };
 
+  isTransposed = integer(pipe::kTransposed) == 1;
+  axisNumbers = {integer(pipe::kOrder[0]), integer(pipe::kOrder[1])};
   quadFlags = {integer(kWords1.quadFlag), integer(kWords2.quadFlag)};
-  sizes = {integer(pipe::kSize[0]), integer(pipe::kSize[1])};
+  axes.sizes = {integer(pipe::kSize[0]), integer(pipe::kSize[1])};
   // With both dimensions complex, half of the rows are imaginary.
-  if (quadFlags[0] == 0 && quadFlags[1] == 0) sizes[1] /= 2;
+  if (quadFlags[0] == 0 && quadFlags[1] == 0) axes.sizes[1] /= 2;
 
-  observeMHz = {real(kWords1.observeMHz), real(kWords2.observeMHz)};
-  hzPerPoint = {real(kWords1.sweepWidthHz) / sizes[0], real(kWords2.sweepWidthHz) / sizes[1]};
-  originPpm = {(real(kWords1.sweepWidthHz) + real(kWords1.originHz)) / observeMHz[0],
-               (real(kWords2.sweepWidthHz) + real(kWords2.originHz)) / observeMHz[1]};
+  axes.observeMHz = {real(kWords1.observeMHz), real(kWords2.observeMHz)};
+  axes.hzPerPoint = {real(kWords1.sweepWidthHz) / axes.sizes[0], real(kWords2.sweepWidthHz) / axes.sizes[1]};
+  axes.originPpm = {(real(kWords1.sweepWidthHz) + real(kWords1.originHz)) / axes.observeMHz[0],
+                    (real(kWords2.sweepWidthHz) + real(kWords2.originHz)) / axes.observeMHz[1]};
 }
 
 std::int64_t Spectrum::pointSkipBytes() const {
@@ -84,7 +81,7 @@ std::int64_t Spectrum::pointSkipBytes() const {
   return flagSum == 0 ? 12 : flagSum == 1 ? 4 : 0;
 }
 
-std::int64_t Spectrum::getRowWords() const { return sizes[0] * (1 + pointSkipBytes() / 4); }
+std::int64_t Spectrum::getRowWords() const { return axes.sizes[0] * (1 + pointSkipBytes() / 4); }
 
 void Spectrum::loadPipeData(std::istream& stream) {
   // A row with its unused values is a tile, at least as wide as the plane.
@@ -95,18 +92,18 @@ void Spectrum::loadPipeData(std::istream& stream) {
   // The end is noticed one value after the first that is missing, or at the start of the next row when that value is
   // the last of its row or only unused values are missing.
   const auto rowWords = static_cast<std::uint64_t>(getRowWords());
-  const auto size1 = static_cast<std::uint64_t>(sizes[0]);
+  const auto size1 = static_cast<std::uint64_t>(axes.sizes[0]);
   std::uint64_t rowIndex = found / rowWords;
   std::uint64_t point = found % rowWords + 1;
   if (point >= size1) {
     point = 0;
     ++rowIndex;
   }
-  if (rowIndex < static_cast<std::uint64_t>(sizes[1])) {
+  if (rowIndex < static_cast<std::uint64_t>(axes.sizes[1])) {
     fail("Error reading file @ point (" + std::to_string(point) + "," + std::to_string(rowIndex) + "\n");
   }
   // After the last row nothing notices it: the plane's last value, if it is missing, counts as 0.
-  if (found % rowWords < size1) data[sizes[0] - 1][sizes[1] - 1] = 0.0;
+  if (found % rowWords < size1) data[axes.sizes[0] - 1][axes.sizes[1] - 1] = 0.0;
 }
 
 }  // namespace peakbox

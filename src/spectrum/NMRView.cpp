@@ -57,18 +57,18 @@ void Spectrum::parseViewHeader(const FileHeader& header) {
     const std::size_t axis = kAxisBlocks[d];
     const auto real = [&](std::size_t offset) { return double{header.getReal(axis + offset, byteSwapped)}; };
 
-    sizes[d] = header.getInteger(axis + kSize, byteSwapped);
-    observeMHz[d] = real(kObserveMHz);
+    axes.sizes[d] = header.getInteger(axis + kSize, byteSwapped);
+    axes.observeMHz[d] = real(kObserveMHz);
     blockSizes[d] = header.getInteger(axis + kBlockSize, byteSwapped);
-    hzPerPoint[d] = real(kSweepWidthHz) / sizes[d];
-    originPpm[d] = real(kReferencePpm) + (real(kReferencePoint) + 1.0) * hzPerPoint[d] / observeMHz[d];
+    axes.hzPerPoint[d] = real(kSweepWidthHz) / axes.sizes[d];
+    axes.originPpm[d] = real(kReferencePpm) + (real(kReferencePoint) + 1.0) * axes.hzPerPoint[d] / axes.observeMHz[d];
     labels[d] = header.getText(axis + kLabel, kLabelLength);
   }
 }
 
 std::uint64_t Spectrum::getPaddedSize(int dim) const {
   const std::int64_t tileSize = blockSizes[index(dim)];
-  return static_cast<std::uint64_t>((sizes[index(dim)] + tileSize - 1) / tileSize * tileSize);
+  return static_cast<std::uint64_t>((axes.sizes[index(dim)] + tileSize - 1) / tileSize * tileSize);
 }
 
 void Spectrum::loadViewData(std::istream& stream) {

@@ -3,10 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <optional>
-#include <string>
 
 #include "spectrum/FileHeader.h"
-#include "spectrum/Spectrum.h"
 
 /// Where an NMRPipe header has what; its words are floats, four bytes each, and labels are eight bytes of text. An axis
 /// has a number for good, and stands first, second and so on, the fastest first, in an order that transpositions
@@ -24,6 +22,13 @@ constexpr int kIndirect = 1;  // that of the only other one in a two-dimensional
 /// By place in the order: the axis's number and its number of points.
 constexpr std::array<std::size_t, kMostAxes> kOrder{offsetOf(24), offsetOf(25), offsetOf(26), offsetOf(27)};
 constexpr std::array<std::size_t, kMostAxes> kSize{offsetOf(99), offsetOf(219), offsetOf(15), offsetOf(32)};
+
+/// Whether a word is text, which has no byte order: four labels, the names of source and user, title and comment, and
+/// the last operation.
+constexpr bool isText(std::size_t word) {
+  return (word >= 16 && word < 24) || (word >= 286 && word < 294) || (word >= 297 && word < 352) ||
+         (word >= 464 && word < 472);
+}
 
 struct AxisWords {
   std::size_t sweepWidthHz;
@@ -50,10 +55,5 @@ constexpr AxisWords getAxisWords(int number) {
 /// Whether the words of a header are in the other byte order, which the format does not record: a header that makes no
 /// sense as it stands is taken for such a one. Nothing where it makes sense both ways.
 std::optional<bool> findByteOrder(const FileHeader& header);
-
-/// What is wrong with the order of the axes in the file of a spectrum that was read from `path`: `Spectrum` takes rows
-/// for the direct dimension and the other axis for number 1. Empty where nothing is wrong, where the header does not
-/// say, and for other formats.
-std::string describeOrder(const std::string& path, const Spectrum& spectrum);
 
 }  // namespace peakbox::pipe

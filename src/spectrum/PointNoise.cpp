@@ -16,7 +16,7 @@ double estimatePointNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
   values.reserve(static_cast<std::size_t>(count / step + 1));
   for (std::int64_t n = 0; n < count; n += step) {
     const double value = spectrum.getData()[n % size1][n / size1];
-    if (std::isfinite(value)) values.push_back(value);
+    if (std::isfinite(value) && value != 0.0) values.push_back(value);
   }
   return takeMedianSpread(std::move(values)).deviation;
 }

@@ -78,19 +78,19 @@ void Spectrum::loadData(const char* path, bool verbose) {
 std::uint64_t Spectrum::countDataWords() const {
   // Every factor is below 2^32, or one is below 2^33 and the other below 2^31: the products cannot overflow.
   if (formatCode == SpectrumFormat::NMRPipe) {
-    return static_cast<std::uint64_t>(getRowWords()) * static_cast<std::uint64_t>(sizes[1]);
+    return static_cast<std::uint64_t>(getRowWords()) * static_cast<std::uint64_t>(axes.sizes[1]);
   }
   return getPaddedSize(0) * getPaddedSize(1);
 }
 
 std::uint64_t Spectrum::loadTiles(std::istream& stream, const TileShape& tile) {
-  if (sizes[0] == 0) return 0;  // However many rows there are, they take no time.
+  if (axes.sizes[0] == 0) return 0;  // However many rows there are, they take no time.
 
-  const std::int64_t tilesAcross = (sizes[0] + tile.width - 1) / tile.width;
+  const std::int64_t tilesAcross = (axes.sizes[0] + tile.width - 1) / tile.width;
   const std::int64_t bandWords = tilesAcross * tile.width * tile.height;
   WordSource source(stream);
   std::uint64_t found = 0;
-  for (std::int64_t j0 = 0; j0 < sizes[1]; j0 += tile.height) {
+  for (std::int64_t j0 = 0; j0 < axes.sizes[1]; j0 += tile.height) {
     for (std::int64_t start = 0; start < bandWords;) {
       const std::span<const std::uint32_t> words = source.take(bandWords - start);
       if (words.empty()) return found;
@@ -112,12 +112,12 @@ void Spectrum::placeWords(std::span<const std::uint32_t> words, std::int64_t sta
   const std::int64_t firstRow = isOneTile ? start % tileWords / tile.width : 0;
   const std::int64_t lastRow = isOneTile ? (end - 1) % tileWords / tile.width : tile.height - 1;
   // Along the rows of the plane: written tile by tile, an NMRView plane takes a third longer.
-  for (std::int64_t y = firstRow; y <= lastRow && j0 + y < sizes[1]; ++y) {
+  for (std::int64_t y = firstRow; y <= lastRow && j0 + y < axes.sizes[1]; ++y) {
     for (std::int64_t t = firstTile; t <= lastTile; ++t) {
       const std::int64_t rowStart = t * tileWords + y * tile.width;
       const std::int64_t from = std::max(start, rowStart);
       const std::int64_t i = t * tile.width + from - rowStart;
-      const std::int64_t count = std::min(std::min(end, rowStart + tile.width) - from, sizes[0] - i);
+      const std::int64_t count = std::min(std::min(end, rowStart + tile.width) - from, axes.sizes[0] - i);
       if (count > 0)
         placeRun(words.subspan(static_cast<std::size_t>(from - start), static_cast<std::size_t>(count)), i, j0 + y);
     }
@@ -132,15 +132,15 @@ void Spectrum::placeRun(std::span<const std::uint32_t> words, std::int64_t i, st
 }
 
 void Spectrum::allocateData() {
-  if (!data.resize(sizes[0], sizes[1])) {
-    fail("ERROR: Not enough memory for a data plane of " + std::to_string(sizes[0]) + " x " + std::to_string(sizes[1]) +
-         " points.\n");
+  if (!data.resize(axes.sizes[0], axes.sizes[1])) {
+    fail("ERROR: Not enough memory for a data plane of " + std::to_string(axes.sizes[0]) + " x " +
+         std::to_string(axes.sizes[1]) + " points.\n");
   }
   // A row of tiles is filled here and there until it is whole: where it is very large, a short file could make far more
   // memory resident than it has bytes, and pages should be small.
   constexpr std::int64_t kMostPoints = 1 << 23;
   const std::int64_t tileHeight = formatCode == SpectrumFormat::NMRView ? blockSizes[1] : 1;
-  data.advisePages(sizes[0] * tileHeight <= kMostPoints);
+  data.advisePages(axes.sizes[0] * tileHeight <= kMostPoints);
 }
 
 void Spectrum::setByteSwapped() {
@@ -158,8 +158,8 @@ void Spectrum::refuseNegativeSizes() const {
 }
 
 void Spectrum::refuseOtherSizes(const std::string& path) const {
-  if (sizes[0] == data.getSize1() && sizes[1] == data.getSize2()) return;
-  fail("ERROR: Spectrum " + path + " has " + std::to_string(sizes[0]) + " x " + std::to_string(sizes[1]) +
+  if (axes.sizes[0] == data.getSize1() && axes.sizes[1] == data.getSize2()) return;
+  fail("ERROR: Spectrum " + path + " has " + std::to_string(axes.sizes[0]) + " x " + std::to_string(axes.sizes[1]) +
        " points, the first has " + std::to_string(data.getSize1()) + " x " + std::to_string(data.getSize2()) + ".\n");
 }
 
@@ -169,7 +169,7 @@ std::ostream& Spectrum::printDimensions(std::ostream& stream) const {
   for (std::size_t d = 0; d < 2; ++d) {
     stream << d + 1 << "\t\t";
     if (labelled) stream << labels[d] << "\t\t";
-    stream << sizes[d] << "pt\t\t" << observeMHz[d] << "MHz\t" << hzPerPoint[d] << "Hz\n";
+    stream << axes.sizes[d] << "pt\t\t" << axes.observeMHz[d] << "MHz\t" << axes.hzPerPoint[d] << "Hz\n";
   }
   return stream << "\n";
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <iosfwd>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "spectrum/Axes.h"
 #include "spectrum/DataPlane.h"
 #include "spectrum/FileHeader.h"
 
@@ -14,11 +16,8 @@ namespace peakbox {
 enum class SpectrumFormat { None = 0, NMRPipe = 1, NMRView = 2 };
 
 /// One two-dimensional spectrum: its axes and its data plane. Per-dimension values stand in the order direct dimension
-/// (`dim` 0), indirect dimension (`dim` 1); messages number them 1 and 2. Points count from 0 and may be fractional;
-/// for a positive sweep width the ppm axis falls as the point rises:
-///     ppm = originPpm - (point + 1) * hzPerPoint / observeMHz.
-/// A header with a size, a frequency or a sweep width of zero makes conversions infinite or NaN. Every fault of a file
-/// ends the run with status 1.
+/// (`dim` 0), indirect dimension (`dim` 1); messages number them 1 and 2. Every fault of a file ends the run with
+/// status 1.
 class Spectrum {
  public:
   /// Recognises the format of the run's first spectrum, reads its header and sizes the data plane, which stays all 0.
@@ -41,25 +40,28 @@ class Spectrum {
 
   SpectrumFormat getFormat() const { return formatCode; }
   bool isByteSwapped() const { return byteSwapped; }
-  int getSize(int dim) const { return sizes[index(dim)]; }
-  double getObserveMHz(int dim) const { return observeMHz[index(dim)]; }
+
+  /// The axes by the header read last.
+  const Axes& getAxes() const { return axes; }
+  int getSize(int dim) const { return axes.sizes[index(dim)]; }
+  double getObserveMHz(int dim) const { return axes.observeMHz[index(dim)]; }
+  double hzToPoints(double hz, int dim) const { return axes.hzToPoints(hz, dim); }
+  double ppmWidthToPoints(double ppm, int dim) const { return axes.ppmWidthToPoints(ppm, dim); }
+  double pointToPpm(double point, int dim) const { return axes.pointToPpm(point, dim); }
+  double ppmToPoint(double ppm, int dim) const { return axes.ppmToPoint(ppm, dim); }
+
+  /// What is wrong with the order of the axes in the file, by the header read last: rows are taken for the direct
+  /// dimension, and the other axis for number 1. Empty where nothing is wrong, where the header does not say, and for
+  /// formats that have one order only.
+  std::string describeOrder() const;
+
+  /// Whether every point of a dimension has an imaginary value beside the real one, which is the one that is read.
+  bool isComplex(int dim) const { return formatCode == SpectrumFormat::NMRPipe && quadFlags[index(dim)] == 0; }
 
   /// 4-byte words that a whole data section has by the header read last.
   std::uint64_t countDataWords() const;
 
   const DataPlane& getData() const { return data; }
-
-  /// Widths, in points; the sign is kept.
-  double hzToPoints(double hz, int dim) const { return hz / hzPerPoint[index(dim)]; }
-  double ppmWidthToPoints(double ppm, int dim) const { return ppm * observeMHz[index(dim)] / hzPerPoint[index(dim)]; }
-
-  /// Positions.
-  double pointToPpm(double point, int dim) const {
-    return originPpm[index(dim)] - (1 + point) * hzPerPoint[index(dim)] / observeMHz[index(dim)];
-  }
-  double ppmToPoint(double ppm, int dim) const {
-    return (originPpm[index(dim)] - ppm) * observeMHz[index(dim)] / hzPerPoint[index(dim)] - 1;
-  }
 
  private:
   static std::size_t index(int dim) { return static_cast<std::size_t>(dim); }
@@ -109,13 +111,13 @@ class Spectrum {
 
   SpectrumFormat formatCode = SpectrumFormat::None;
   bool byteSwapped = false;
-  std::vector<std::int32_t> sizes{0, 0};
-  std::vector<double> observeMHz{0.0, 0.0};
-  std::vector<double> hzPerPoint{0.0, 0.0};
-  std::vector<double> originPpm{0.0, 0.0};
+  Axes axes;
   std::vector<std::string> labels;
   std::vector<std::int32_t> blockSizes;
   std::vector<std::int32_t> quadFlags;
+  /// NMRPipe: whether the rows are said to be the indirect dimension, and the numbers of the first two axes.
+  bool isTransposed = false;
+  std::array<std::int32_t, 2> axisNumbers{};
   DataPlane data;
 };
 

@@ -3,10 +3,12 @@
 #include <map>
 #include <string>
 
+#include "demo/SpectrumWriter.h"
 #include "support/Process.h"
-#include "support/SpectrumWriter.h"
 
 namespace peakbox::test {
+
+using namespace demo;
 
 /// 16 x 12 points of one ppm each: point i of the direct dimension lies at 15 - i ppm and has 100 Hz, point j of the
 /// indirect dimension lies at 11 - j ppm and has 50 Hz. Every value is 1, but (5, 6) is 50 and (10, 3) is -70.

@@ -9,7 +9,7 @@ namespace peakbox {
 
 /// Everything that the command line and the parameter file set for a run. `parseArguments` fills it once, or
 /// `parseNextLine` line by line; after that it is only read. Every fault of the command line or the parameter file ends
-/// the run with status 1. How both are read stands in src/driver.
+/// the run with status 1; a line with a fault changes nothing.
 class RunSettings {
  public:
   /// Applies the options, reads the parameter file and, in verbose mode, writes the box size to standard output.
@@ -45,6 +45,11 @@ class RunSettings {
   const char* getOutputFile() const { return outputFile.c_str(); }
   const char* getSpectrumFile(int index) const { return spectrumFiles[static_cast<std::size_t>(index)].c_str(); }
 
+  /// The first or the second word behind the file of a spectrum, `word` 0 or 1; empty where there is none.
+  const std::string& getParameter(int index, int word) const {
+    return (word == 0 ? spectrumParameters1 : spectrumParameters2)[static_cast<std::size_t>(index)];
+  }
+
   /// The report's "#" lines; spectra are counted from 0 here. A header without a value writes nothing.
   void writeFieldHeader(std::ostream& out) const;
   void writeSpectrumHeader(int index, std::ostream& out) const;
@@ -64,7 +69,8 @@ class RunSettings {
   void parsePeakListLine(std::int64_t line);
   void parseToleranceLine(std::int64_t line);
   void parseSpectrumLine(std::int64_t line);
-  static void addSpectrumParameter(std::vector<std::string>& parameters, const std::string& token, std::int64_t line);
+  static std::string resolveDitto(const std::vector<std::string>& parameters, const std::string& token,
+                                  std::int64_t line);
 
   bool verbose = false;
   bool awaitingSpectrum = true;

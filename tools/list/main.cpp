@@ -465,7 +465,7 @@ bool hasOwnNumbers(const std::vector<Entry>& entries) {
 void convert(const Request& request) {
   Spectrum spectrum;
   spectrum.readHeader(request.spectrum.c_str(), false);
-  const std::string misread = pipe::describeOrder(request.spectrum, spectrum);
+  const std::string misread = spectrum.describeOrder();
   if (!misread.empty()) refuse(request.spectrum, misread);
   for (const int dim : {0, 1}) {
     const double perPoint = spectrum.pointToPpm(0, dim) - spectrum.pointToPpm(1, dim);
@@ -529,7 +529,9 @@ void convert(const Request& request) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int peakboxList(int argc, char** argv);
+
+int peakboxList(int argc, char** argv) {
   std::set_new_handler([] { fail("peakbox-list: not enough memory\n"); });
   Request request;
   for (int option = 0; (option = getopt(argc, argv, "b:c:s:x")) != -1;) {

@@ -14,8 +14,8 @@
 
 #include "base/Messages.h"
 #include "base/RobustSpread.h"
-#include "base/RunSettings.h"
 #include "base/TextNumbers.h"
+#include "driver/RunSettings.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Spectrum.h"
 
@@ -109,7 +109,9 @@ std::string describeNoise(int number, const std::string& file, const Spectrum& s
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int peakboxNoise(int argc, char** argv);
+
+int peakboxNoise(int argc, char** argv) {
   std::set_new_handler([] { fail("ERROR: Not enough memory.\n"); });
   if (getopt(argc, argv, "") != -1 || optind + 1 != argc) usage();
 

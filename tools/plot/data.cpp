@@ -30,9 +30,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/RunSettings.h"
 #include "base/TextNumbers.h"
 #include "base/ThrowingMessages.h"
+#include "driver/RunSettings.h"
 #include "integrate/BoxTable.h"
 #include "peaks/PeakList.h"
 #include "spectrum/Nuclei.h"

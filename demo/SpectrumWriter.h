@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-namespace peakbox::test {
+namespace peakbox::demo {
 
 /// One axis of a file to be written. Its last point lies at `lastPpm`, the first one sweep width less a point above.
 struct Axis {
@@ -37,4 +37,4 @@ std::string writeView(const Plane& plane);
 void putWord(std::string& bytes, std::size_t offset, std::uint32_t word, bool swapped);
 void putReal(std::string& bytes, std::size_t offset, float value, bool swapped);
 
-}  // namespace peakbox::test
+}  // namespace peakbox::demo

@@ -1,4 +1,4 @@
-#include "base/RunSettings.h"
+#include "driver/RunSettings.h"
 
 #include <ostream>
 

@@ -1,10 +1,10 @@
-#include "support/SpectrumWriter.h"
+#include "demo/SpectrumWriter.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
-namespace peakbox::test {
+namespace peakbox::demo {
 
 namespace {
 
@@ -86,4 +86,4 @@ std::string writeView(const Plane& plane) {
   return bytes;
 }
 
-}  // namespace peakbox::test
+}  // namespace peakbox::demo

@@ -27,9 +27,9 @@
 #include <vector>
 
 #include "base/RobustSpread.h"
-#include "base/RunSettings.h"
 #include "base/TextNumbers.h"
 #include "base/ThrowingMessages.h"
+#include "driver/RunSettings.h"
 #include "integrate/BoxTable.h"
 #include "peaks/LineSplitter.h"
 #include "peaks/PeakList.h"
@@ -1198,7 +1198,7 @@ bool SpectraCheck::readFirstHeader() {
     takeMessages();
     firstFormat = spectrum.getFormat();
     hasFirstHeader = hasAxes(0);
-    isFirstInOrder = pipe::describeOrder(path, spectrum).empty();
+    isFirstInOrder = spectrum.describeOrder().empty();
     for (const int dim : {0, 1}) {
       firstMHz[static_cast<std::size_t>(dim)] = spectrum.getObserveMHz(dim);
       firstEnds[static_cast<std::size_t>(dim)] = {spectrum.pointToPpm(0, dim),
@@ -1286,7 +1286,7 @@ std::string SpectraCheck::explain(const std::string& path) const {
     if (hasFirstHeader && alone.getFormat() != firstFormat) {
       return " (it does not have the format of the first spectrum)";
     }
-    const std::string order = pipe::describeOrder(path, alone);
+    const std::string order = alone.describeOrder();
     if (!order.empty()) return " (" + order + ")";
     const std::uintmax_t bytes = fs::file_size(path, ignored);
     if (bytes < FileHeader::kSize || (bytes - FileHeader::kSize) / 4 < alone.countDataWords()) {
@@ -1302,7 +1302,7 @@ std::string SpectraCheck::explain(const std::string& path) const {
 
 bool SpectraCheck::checkHeader(int k) {
   if (!hasAxes(k)) return false;
-  const std::string order = pipe::describeOrder(settings.getSpectrumFile(k), spectrum);
+  const std::string order = spectrum.describeOrder();
   if (!order.empty()) error(k, order);
   const bool isWhole = checkLength(k);
   if (k > 0 && order.empty() && isFirstInOrder) checkAxes(k);
@@ -1398,7 +1398,9 @@ void checkRun(const char* parameterFile, const char* report, Findings& findings)
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int peakboxCheck(int argc, char** argv);
+
+int peakboxCheck(int argc, char** argv) {
   const char* report = nullptr;
   for (int option = 0; (option = getopt(argc, argv, "o:")) != -1;) {
     if (option != 'o') usage();

@@ -332,7 +332,9 @@ std::vector<Layout> readLayouts(const std::vector<std::string>& files) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int peakboxPlanes(int argc, char** argv);
+
+int peakboxPlanes(int argc, char** argv) {
   std::set_new_handler([] { fail("peakbox-planes: not enough memory\n"); });
   std::string list;
   std::string folder;
