@@ -5,6 +5,7 @@
 #include "support/ExampleRun.h"
 
 namespace peakbox::test {
+namespace {
 
 TEST(RunSettings, EachFaultOfTheCommandLineAndTheParameterFileHasItsMessage) {
   const std::string usage =
@@ -47,4 +48,5 @@ TEST(RunSettings, AVerboseRunShowsTheBoxAfterTheWholeParameterFile) {
   }
 }
 
+}  // namespace
 }  // namespace peakbox::test

@@ -7,6 +7,7 @@
 #include "support/ExampleRun.h"
 
 namespace peakbox::test {
+namespace {
 
 /// A value of a plane that is 0 elsewhere.
 struct Value {
@@ -133,6 +134,11 @@ TEST(BoxTable, FoldsAnAreaIntoTheSpectrum) {
        {639988 + 16, 639990 + 16, -59, -57},
        found(5, 38, "6", warn(10000, "direct") + warn(2, "indirect"))},
       {"an area that ends at the size is inside", {{61, 46, 7}}, {60, 64, 44, 48}, found(61, 46, "7")},
+      // In memory (0, 46) and (0, 47) lie where the points behind the last of rows 45 and 46 would.
+      {"and holds nothing behind the last point",
+       {{61, 45, 7}, {0, 46, 9}, {0, 47, 9}},
+       {60, 64, 44, 46},
+       found(61, 45, "7")},
       {"one that begins at 0 is inside", {{2, 1, 8}}, {0, 4, 0, 3}, found(2, 1, "8")},
       {"one across point 0 comes back", {{2, 20, 8}}, {-3, 4, 20, 20}, found(2, 20, "8")},
       {"one across the last point moves to the other end",
@@ -173,4 +179,5 @@ TEST(BoxTable, APeakWithoutAPlaceEndsTheRun) {
   EXPECT_EQ(measure({}, {-1.4e11, -1.4e11, 20, 20}), outcome(1, noPlace + "1.\n"));
 }
 
+}  // namespace
 }  // namespace peakbox::test

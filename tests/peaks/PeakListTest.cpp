@@ -3,6 +3,7 @@
 #include "support/ExampleRun.h"
 
 namespace peakbox::test {
+namespace {
 
 /// The report of the example's spectrum with these lines.
 std::string gives(const std::string& lines) {
@@ -15,44 +16,31 @@ std::string headerWith(const std::string& old, const std::string& replacement) {
   return std::string(header).replace(header.find(old), old.size(), replacement);
 }
 
-TEST(PeakList, GivesNumberAndLabel) {
+TEST(PeakList, ReadsTheFieldsOfALine) {
+  const std::string at = "\t10\t5\t58\n";
   const std::pair<PeakLine, std::string> rows[] = {
-      {{.number = "0x1A", .label = "{?}"}, "26\t0x1A.tmp"},
-      {{.number = " 010", .label = "?"}, "8\t010.tmp"},
-      {{.number = "007", .label = "{a b}c"}, "7\ta bc"},
-      {{.number = "99999999999", .label = "a}{}"}, "2147483647\ta"},
-      {{.number = "-99999999999", .label = "{}"}, "-2147483648\t"},
-      {{.number = "12abc", .label = "{\tx}"}, "12\t\tx"},
-      {{.number = "x", .label = "}"}, "0\t"},
-      {{.number = "1", .label = "\xc3\xa9\xff"}, "1\t\xc3\xa9\xff"},
-      // A NUL ends a field, in a group too.
-      {{.number = "1", .label = std::string("{a\0b c}", 7)}, "1\ta"},
-      // The line's last but two fields begin where the 18th is expected.
-      {{.label = "x", .field17 = "-1.0"}, "1\tx"},
-      {{.label = "x", .field17 = "-01"}, "1\tx"},
-  };
-  for (const auto& [peak, written] : rows) {
-    PeakLine line = peak;
-    // The NUL makes two fields of one, and the first column behind it then stands one further.
-    const bool hasNul = peak.label.find('\0') != std::string::npos;
-    const std::string header = hasNul ? headerWith("H.P", "x H.P") : examplePeakHeader();
-    EXPECT_EQ(runExample({{"peaks.xpk", header + examplePeakLine(line)}}), gives("  " + written + "\t10\t5\t58\n"))
-        << peak.number << " " << peak.label;
-  }
-}
-
-TEST(PeakList, ReadsPositionsAndWidthsAsNumbers) {
-  const std::pair<PeakLine, std::string> rows[] = {
-      {{.ppm1 = "0xA", .width1 = "0X2", .ppm2 = "+5", .width2 = "2e"}, "10\t5\t58"},
-      {{.ppm1 = "1e1ppm", .ppm2 = "5.0.1"}, "10\t5\t58"},
+      {{.number = "0x1A", .label = "{?}"}, "26\t0x1A.tmp" + at},
+      {{.number = " 010", .label = "?"}, "8\t010.tmp" + at},
+      {{.number = "007", .label = "{a b}c"}, "7\ta bc" + at},
+      {{.number = "99999999999", .label = "a}{}"}, "2147483647\ta" + at},
+      {{.number = "-99999999999", .label = "{}"}, "-2147483648\t" + at},
+      {{.number = "12abc", .label = "{\tx}"}, "12\t\tx" + at},
+      {{.number = "x", .label = "}"}, "0\t" + at},
+      {{.label = "\xc3\xa9\xff"}, "1\t\xc3\xa9\xff" + at},
+      {{.field17 = "-1.0"}, "1\tx" + at},
+      {{.field17 = "-01"}, "1\tx" + at},
+      {{.ppm1 = "0xA", .width1 = "0X2", .ppm2 = "+5", .width2 = "2e"}, "1\tx" + at},
+      {{.ppm1 = "1e1ppm", .ppm2 = "5.0.1"}, "1\tx" + at},
       // The area begins at point 5, but not in single precision.
-      {{.ppm1 = "9.2", .width1 = "1.6", .width2 = "0"}, "9\t5\t58"},
+      {{.ppm1 = "9.2", .width1 = "1.6", .width2 = "0"}, "1\tx\t9\t5\t58\n"},
   };
   for (const auto& [peak, written] : rows) {
-    EXPECT_EQ(runExample({{"peaks.xpk", examplePeakHeader() + examplePeakLine(peak)}}),
-              gives("  1\tx\t" + written + "\n"))
-        << peak.ppm1;
+    EXPECT_EQ(runExample({{"peaks.xpk", examplePeakHeader() + examplePeakLine(peak)}}), gives("  " + written))
+        << peak.number << " " << peak.label << " " << peak.ppm1;
   }
+  // A NUL ends a field, in a group too, and the first column behind it then stands one further.
+  const std::string list = headerWith("H.P", "x H.P") + examplePeakLine({.label = std::string("{a\0b c}", 7)});
+  EXPECT_EQ(runExample({{"peaks.xpk", list}}), gives("  1\ta" + at));
 }
 
 TEST(PeakList, TurnsWidthsIntoPointsByTheAxis) {
@@ -116,4 +104,5 @@ TEST(PeakList, ALineWithTooFewFieldsEndsTheRunWithStatusZero) {
   }
 }
 
+}  // namespace
 }  // namespace peakbox::test
