@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -8,6 +9,9 @@
 
 #ifdef __FAST_MATH__
 #error "-ffast-math changes which values are equal, what a NaN does and the order of a sum: digits would differ"
+#endif
+#if FLT_EVAL_METHOD != 0
+#error "arithmetic with more digits than its type has (x87: use -msse2 -mfpmath=sse) would change the last digit"
 #endif
 
 namespace peakbox {
