@@ -38,6 +38,15 @@ class WordSource {
   std::span<const std::uint32_t> rest;
 };
 
+// With AVX2, which not every x86-64 processor has, a run on NMRPipe planes in the other byte order is a fifth shorter.
+// Clang (19) leaves functions that only the clones call undefined.
+#if defined(__x86_64__) && defined(__GLIBC__) && defined(__GNUC__) && !defined(__clang__)
+__attribute__((target_clones("avx2", "default")))
+#endif
+void widenWords(std::span<const std::uint32_t> words, bool byteSwapped, double* place) {
+  for (const std::uint32_t word : words) *place++ = std::bit_cast<float>(byteSwapped ? reverseBytes(word) : word);
+}
+
 }  // namespace
 
 void Spectrum::readHeader(const char* path, bool verbose) {
@@ -125,10 +134,7 @@ void Spectrum::placeWords(std::span<const std::uint32_t> words, std::int64_t sta
 }
 
 void Spectrum::placeRun(std::span<const std::uint32_t> words, std::int64_t i, std::int64_t j) {
-  double* place = &data[i][j];  // dimension 1 runs fastest
-  for (const std::uint32_t word : words) {
-    *place++ = std::bit_cast<float>(byteSwapped ? reverseBytes(word) : word);
-  }
+  widenWords(words, byteSwapped, &data[i][j]);  // dimension 1 runs fastest
 }
 
 void Spectrum::allocateData() {
