@@ -14,11 +14,15 @@ LineSplitter::LineSplitter() {
   addQuotes('{', '}');
 }
 
-void LineSplitter::addDelimiter(char c) { delimiters += c; }
+void LineSplitter::addDelimiter(char c) {
+  delimiters += c;
+  isSpecial[static_cast<unsigned char>(c)] = true;
+}
 
 void LineSplitter::addQuotes(char open, char close) {
   openers += open;
   closers += close;
+  isSpecial[static_cast<unsigned char>(open)] = true;
 }
 
 bool LineSplitter::isDelimiter(char c) const {
@@ -48,6 +52,7 @@ bool LineSplitter::readLine(std::istream& stream) {
 
 void LineSplitter::splitLine() {
   for (std::size_t i = 0; i < line.size(); ++i) {
+    if (!isSpecial[static_cast<unsigned char>(line[i])]) continue;
     if (isOpener(line[i])) {
       while (i < line.size() && !isCloser(line[i])) ++i;
     }

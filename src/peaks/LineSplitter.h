@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -46,6 +47,8 @@ class LineSplitter {
   std::string delimiters;
   std::string openers;
   std::string closers;
+  /// By character: whether it is a delimiter or an opener, as few are.
+  std::array<bool, 256> isSpecial{};
   /// After splitting, a NUL stands for each delimiter, and a field reaches to the next NUL.
   std::string line;
   std::vector<std::size_t> fieldStarts;
