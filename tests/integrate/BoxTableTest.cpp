@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 #include "support/ExampleRun.h"
@@ -67,47 +68,38 @@ void expectRows(const std::vector<Row>& rows) {
 
 TEST(BoxTable, FindsThePointOfGreatestMagnitude) {
   const float inf = std::numeric_limits<float>::infinity();
-  expectRows({
-      {"the greatest value", {{11, 11, 3}, {12, 12, 5}}, {10, 13, 10, 13}, found(12, 12, "8")},
-      {"the most negative one if its magnitude is greater",
-       {{11, 11, 3}, {12, 12, -5}},
-       {10, 13, 10, 13},
-       found(12, 12, "-2")},
-      {"the positive one of equal magnitudes", {{11, 11, -3}, {12, 12, 3}}, {10, 13, 10, 13}, found(12, 12, "0")},
-      {"of equal values the one with the smallest a", {{12, 11, 4}, {11, 13, 4}}, {10, 13, 10, 13}, found(11, 13, "4")},
-      {"and then with the smallest b", {{11, 13, 4}, {11, 11, 4}}, {10, 13, 10, 13}, found(11, 11, "4")},
-      {"of equal negative values, too", {{12, 11, -4}, {11, 13, -4}}, {10, 13, 10, 13}, found(11, 13, "-4")},
-      {"in an empty area its first point", {}, {10, 13, 10, 13}, found(10, 10, "0")},
-      {"NaN if it comes first", {{10, 10, NAN}, {12, 12, 9}}, {10, 13, 10, 13}, found(10, 10, "nan")},
-      {"NaN never else", {{11, 10, NAN}, {12, 12, 9}}, {10, 13, 10, 13}, found(12, 12, "9")},
-      {"minus infinity is no smaller than infinity",
-       {{11, 13, inf}, {12, 10, -inf}},
-       {10, 13, 10, 13},
-       found(12, 10, "-inf")},
-  });
+  const std::tuple<std::string, std::vector<Value>, std::string> rows[] = {
+      {"the greatest", {{11, 11, 3}, {12, 12, 5}}, found(12, 12, "8")},
+      {"the most negative if it is greater", {{11, 11, 3}, {12, 12, -5}}, found(12, 12, "-2")},
+      {"the positive one of two", {{11, 11, -3}, {12, 12, 3}}, found(12, 12, "0")},
+      {"of equals the one with the least a", {{12, 11, 4}, {11, 13, 4}}, found(11, 13, "4")},
+      {"and then with the least b", {{11, 13, 4}, {11, 11, 4}}, found(11, 11, "4")},
+      {"of equal negative ones, too", {{12, 11, -4}, {11, 13, -4}}, found(11, 13, "-4")},
+      {"of nothing the first point", {}, found(10, 10, "0")},
+      {"NaN if it comes first", {{10, 10, NAN}, {12, 12, 9}}, found(10, 10, "nan")},
+      {"NaN never else", {{11, 10, NAN}, {12, 12, 9}}, found(12, 12, "9")},
+      {"of two infinities the negative one", {{11, 13, inf}, {12, 10, -inf}}, found(12, 10, "-inf")},
+  };
+  for (const auto& [rule, values, end] : rows) EXPECT_EQ(measure(values, {10, 13, 10, 13}), end) << rule;
 }
 
 TEST(BoxTable, SearchesTheWholePointsOfTheArea) {
   const std::string noPoints = "WARNING: No data points are contained within the box for peak #0\n";
   const std::string widened = "The box was modified to contain the nearest two data points in the dimension ";
+  const std::string warning1 = noPoints + widened + "1.\n";
+  const std::vector<Value> beyond{{9, 10, 9}, {14, 10, 9}, {10, 9, 9}, {10, 14, 9}, {12, 12, 1}};
   expectRows({
-      {"edges belong to the area", {{10, 10, 3}, {13, 13, 4}}, {10, 13, 10, 13}, found(13, 13, "4")},
-      {"what lies beyond them does not",
-       {{9, 10, 9}, {14, 10, 9}, {10, 9, 9}, {10, 14, 9}, {12, 12, 1}},
-       {9.1, 13.9, 9.1, 13.9},
-       found(12, 12, "1")},
-      {"between two points both are searched",
+      {"edges belong to it", {{10, 10, 3}, {13, 13, 4}}, {10, 13, 10, 13}, found(13, 13, "4")},
+      {"what lies beyond does not", beyond, {9.1, 13.9, 9.1, 13.9}, found(12, 12, "1")},
+      {"between two points both are",
        {{40, 26, 3}, {41, 26, 2}, {42, 26, 9}},
        {40.2, 40.8, 26, 26},
-       found(40, 26, "14", noPoints + widened + "1.\n")},
+       found(40, 26, "14", warning1)},
       {"in both dimensions",
        {{41, 26, 3}},
        {40.2, 40.8, 25.2, 25.9},
-       found(41, 26, "3", noPoints + widened + "1.\n" + noPoints + widened + "2.\n")},
-      {"edges in the wrong order are exchanged",
-       {{41, 26, 3}},
-       {43, 39, 26, 26},
-       found(41, 26, "3", noPoints + widened + "1.\n")},
+       found(41, 26, "3", warning1 + noPoints + widened + "2.\n")},
+      {"edges in the wrong order are exchanged", {{41, 26, 3}}, {43, 39, 26, 26}, found(41, 26, "3", warning1)},
   });
 }
 
@@ -126,29 +118,18 @@ TEST(BoxTable, FoldsAnAreaIntoTheSpectrum) {
   const auto warn = [](int times, const std::string& dimension) {
     return "WARNING: Peak 0 folded " + std::to_string(times) + " times in the " + dimension + " dimension.\n";
   };
+  const std::string far = warn(10000, "direct") + warn(2, "indirect");
   expectRows({
       {"up", {{53, 20, 6}}, {-12, -10, 20, 20}, found(53, 20, "6", warn(1, "direct"))},
       {"down", {{20, 3, 6}}, {20, 20, 49, 52}, found(20, 3, "6", warn(1, "indirect"))},
-      {"as often as it takes",
-       {{5, 38, 6}},
-       {639988 + 16, 639990 + 16, -59, -57},
-       found(5, 38, "6", warn(10000, "direct") + warn(2, "indirect"))},
-      {"an area that ends at the size is inside", {{61, 46, 7}}, {60, 64, 44, 48}, found(61, 46, "7")},
+      {"as often as it takes", {{5, 38, 6}}, {640004, 640006, -59, -57}, found(5, 38, "6", far)},
+      {"not if it ends at the size", {{61, 46, 7}}, {60, 64, 44, 48}, found(61, 46, "7")},
       // In memory (0, 46) and (0, 47) lie where the points behind the last of rows 45 and 46 would.
-      {"and holds nothing behind the last point",
-       {{61, 45, 7}, {0, 46, 9}, {0, 47, 9}},
-       {60, 64, 44, 46},
-       found(61, 45, "7")},
-      {"one that begins at 0 is inside", {{2, 1, 8}}, {0, 4, 0, 3}, found(2, 1, "8")},
-      {"one across point 0 comes back", {{2, 20, 8}}, {-3, 4, 20, 20}, found(2, 20, "8")},
-      {"one across the last point moves to the other end",
-       {{2, 20, 8}, {61, 20, 9}},
-       {61, 66, 20, 20},
-       found(2, 20, "8", warn(1, "direct"))},
-      {"one that is wider than the spectrum comes to lie below 0",
-       {{2, 39, 5}},
-       {-10, 70, 38, 41},
-       found(2, 39, "5", warn(1, "direct"))},
+      {"nor beyond", {{61, 45, 7}, {0, 46, 9}, {0, 47, 9}}, {60, 64, 44, 46}, found(61, 45, "7")},
+      {"not if it begins at 0", {{2, 1, 8}}, {0, 4, 0, 3}, found(2, 1, "8")},
+      {"back from across point 0", {{2, 20, 8}}, {-3, 4, 20, 20}, found(2, 20, "8")},
+      {"to the other end", {{2, 20, 8}, {61, 20, 9}}, {61, 66, 20, 20}, found(2, 20, "8", warn(1, "direct"))},
+      {"below 0 if it is too wide", {{2, 39, 5}}, {-10, 70, 38, 41}, found(2, 39, "5", warn(1, "direct"))},
   });
 }
 
