@@ -1,5 +1,6 @@
 #include "results/NoiseFile.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -20,10 +21,10 @@ std::optional<std::array<double, kFields>> readNumbers(std::string_view line, st
   if (fields.size() != kFields) return std::nullopt;
   for (std::size_t n = 0; n < kFields; ++n) {
     const std::optional<double> value = textToDecimal(std::string(fields[n]));
-    if (!value || !(*value > 0) || *value >= 0x1p63) return std::nullopt;
+    if (!value || !(*value > 0)) return std::nullopt;
     numbers[n] = *value;
   }
-  if (fields[0] != std::to_string(number)) return std::nullopt;
+  if (fields[0] != std::to_string(number) || std::max(numbers[3], numbers[4]) >= 0x1p63) return std::nullopt;
   return numbers;
 }
 

@@ -53,7 +53,7 @@ void Report::readLine(std::string_view line) {
     const std::vector<std::string_view> words = splitFields(rest, '\t');
     spectra.back().hasParameters = true;
     spectra.back().parameter1 = words[0];
-    if (words.size() > 1) spectra.back().parameter2 = words[1];
+    spectra.back().parameter2 = words.size() > 1 ? words[1] : "";
   } else if (place == Place::Header && line == "# Num\tLabel\tPos1\tPos2\tInt") {
     place = Place::Table;
   } else if (place == Place::Table && line.empty()) {
@@ -125,6 +125,22 @@ std::string readReportText(const std::string& path) {
   std::optional<std::string> text = readFile(path);
   if (!text) refuse(path, "cannot be read");
   return *std::move(text);
+}
+
+Report readReport(const std::string& path) { return {readReportText(path), path == "-" ? "standard input" : path}; }
+
+std::vector<double> readParameters(const Report& report, const std::string& reader) {
+  std::vector<double> numbers;
+  for (const Report::Spectrum& spectrum : report.getSpectra()) {
+    const std::string which = "spectrum " + std::to_string(numbers.size() + 1);
+    const std::string need = ", and " + reader + " needs one";
+    if (!spectrum.hasParameters) refuse(report.getName(), which + " has no parameter" + need);
+    const std::string text(spectrum.parameter1);
+    const std::optional<double> number = textToDecimal(text);
+    if (!number) refuse(report.getName(), "the parameter \"" + text + "\" of " + which + " is not a number" + need);
+    numbers.push_back(*number);
+  }
+  return numbers;
 }
 
 }  // namespace peakbox

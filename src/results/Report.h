@@ -61,5 +61,9 @@ class Report {
 
 /// Reads the report in this file, or on standard input where the path is "-".
 std::string readReportText(const std::string& path);
+Report readReport(const std::string& path);
+
+/// The first parameter of each spectrum, which are to be numbers; refuses others, for `reader` needs them.
+std::vector<double> readParameters(const Report& report, const std::string& reader);
 
 }  // namespace peakbox

@@ -17,9 +17,6 @@ namespace {
 constexpr option kLongOptions[] = {
     {"help", no_argument, nullptr, 1}, {"version", no_argument, nullptr, 2}, {nullptr, 0, nullptr, 0}};
 
-/// Writes an answer that was asked for.
-int answer(const std::string& text) { return std::cout << text << std::flush ? 0 : 1; }
-
 }  // namespace
 
 void Arguments::refuseUsage() const { fail(usage, 2); }
@@ -47,6 +44,11 @@ int runTool(const Tool& tool, int count, char** words) {
     std::cerr << tool.name << ": " << error.what() << "\n";
   }
   return 1;
+}
+
+int answer(const std::string& text) {
+  if (!(std::cout << text << std::flush)) refuse("standard output", "cannot be written");
+  return 0;
 }
 
 }  // namespace peakbox

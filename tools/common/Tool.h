@@ -40,4 +40,7 @@ struct Tool {
 /// with a message and status 1.
 int runTool(const Tool& tool, int count, char** words);
 
+/// Writes a tool's answer to standard output and returns its status, 0; refuses where it cannot be written.
+int answer(const std::string& text);
+
 }  // namespace peakbox

@@ -1,0 +1,73 @@
+#include "results/Uncertainties.h"
+
+#include <cmath>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+#include "base/Refusal.h"
+#include "base/TextNumbers.h"
+#include "results/NoiseFile.h"
+
+namespace peakbox {
+
+namespace {
+
+/// A word behind a spectrum's file: numbers are the same where their values are, as 0.1 and 0.10.
+using Word = std::variant<double, std::string>;
+
+Word readWord(std::string_view text) {
+  const std::optional<double> number = textToDecimal(std::string(text));
+  if (number) return *number;
+  return std::string(text);
+}
+
+/// The groups of spectra, counted from 0, that have the same parameters.
+std::map<std::pair<Word, Word>, std::vector<std::size_t>> findRepeats(const Report& report) {
+  std::map<std::pair<Word, Word>, std::vector<std::size_t>> groups;
+  for (std::size_t s = 0; s < report.getSpectra().size(); ++s) {
+    const Report::Spectrum& spectrum = report.getSpectra()[s];
+    if (!spectrum.hasParameters) continue;
+    groups[{readWord(spectrum.parameter1), readWord(spectrum.parameter2)}].push_back(s);
+  }
+  return groups;
+}
+
+}  // namespace
+
+std::vector<double> readUncertainties(const std::string& noiseFile, const Report& report) {
+  std::vector<double> uncertainties;
+  for (const SpectrumNoise& noise : readNoiseFile(noiseFile, report.getSpectra().size(), report.getName())) {
+    uncertainties.push_back(noise.box);
+  }
+  return uncertainties;
+}
+
+std::vector<double> poolRepeats(const Report& report) {
+  double squares = 0;
+  std::size_t freedom = 0;
+  for (const auto& [parameters, group] : findRepeats(report)) {
+    const auto& first = report.getSpectra()[group[0]].rows;
+    for (std::size_t p = 0; p < first.size(); ++p) {
+      if (report.getPeaks()[p].isNoise) continue;
+      // Deviations from the first one, so that values that are all the same leave nothing.
+      double sum = 0;
+      double sumOfSquares = 0;
+      for (const std::size_t s : group) {
+        const double deviation = report.getSpectra()[s].rows[p].value - first[p].value;
+        sum += deviation;
+        sumOfSquares += deviation * deviation;
+      }
+      squares += sumOfSquares - sum * sum / static_cast<double>(group.size());
+      freedom += group.size() - 1;
+    }
+  }
+  const std::string& name = report.getName();
+  if (freedom == 0) refuse(name, "-r needs spectra that repeat a parameter, and peaks other than noise in them");
+  if (squares == 0) refuse(name, "-r finds repeats that do not differ at all: is a spectrum named twice?");
+  return std::vector<double>(report.getSpectra().size(), std::sqrt(squares / static_cast<double>(freedom)));
+}
+
+}  // namespace peakbox
