@@ -1,66 +1,56 @@
 // peakbox-noise PARAMETER-FILE: the noise of a box and of a point in every spectrum of a run, see peakbox-noise(1).
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <iostream>
-#include <new>
 #include <string>
 #include <vector>
 
-#include "base/Messages.h"
+#include "base/Refusal.h"
 #include "base/RobustSpread.h"
 #include "base/TextNumbers.h"
+#include "base/ThrowingMessages.h"
+#include "common/Tool.h"
 #include "driver/RunSettings.h"
 #include "peaks/PeakList.h"
+#include "results/NoiseFile.h"
 #include "spectrum/Spectrum.h"
 
 namespace {
 
 using namespace peakbox;
 
-constexpr std::size_t kFewestBoxes = 100;
+constexpr std::int64_t kMostSums = 2048 * 1024;
 
-[[noreturn]] void refuse(const std::string& file, const std::string& reason) {
-  fail(std::string("peakbox-noise: ").append(file).append(": ").append(reason).append("\n"));
-}
-
-/// The sums of boxes of `width` x `height` points that lie side by side over the plane.
+/// The sums of boxes of one size that lie side by side over the plane.
 struct BoxSums {
-  BoxSums(const Spectrum& spectrum, std::int64_t width, std::int64_t height);
-
-  std::size_t count;
+  std::int64_t count;  // of boxes in the plane
+  std::int64_t step;   // from one that is summed to the next
   /// Without those of boxes that hold nothing but zeros: there a plane has been filled up, and has no noise.
   std::vector<double> sums;
 };
 
-BoxSums::BoxSums(const Spectrum& spectrum, std::int64_t width, std::int64_t height) {
+BoxSums sumBoxes(const Spectrum& spectrum, std::int64_t width, std::int64_t height) {
   const std::int64_t count1 = spectrum.getSize(0) / width;
-  const std::int64_t count2 = spectrum.getSize(1) / height;
-  count = static_cast<std::size_t>(count1 * count2);
-  sums.reserve(count);
-  for (std::int64_t b = 0; b < count2; ++b) {
-    for (std::int64_t a = 0; a < count1; ++a) {
-      double sum = 0.0;
-      bool hasData = false;
-      for (std::int64_t j = b * height; j < (b + 1) * height; ++j) {
-        for (std::int64_t i = a * width; i < (a + 1) * width; ++i) {
-          const double value = spectrum.getData()[i][j];
-          sum += value;
-          hasData = hasData || value != 0.0;
-        }
+  const std::int64_t count = count1 * (spectrum.getSize(1) / height);
+  BoxSums boxes{.count = count, .step = (count + kMostSums - 1) / kMostSums | 1, .sums = {}};
+  for (std::int64_t n = 0; n < count; n += boxes.step) {
+    double sum = 0.0;
+    bool hasData = false;
+    for (std::int64_t j = n / count1 * height; j < (n / count1 + 1) * height; ++j) {
+      for (std::int64_t i = n % count1 * width; i < (n % count1 + 1) * width; ++i) {
+        const double value = spectrum.getData()[i][j];
+        sum += value;
+        hasData = hasData || value != 0.0;
       }
-      if (hasData) sums.push_back(sum);
     }
+    if (hasData) boxes.sums.push_back(sum);
   }
+  return boxes;
 }
 
-/// How much farther the values of `spread` scatter to one side of its centre than to the other, as they do where
-/// signals of one sign are among them.
+/// How much farther the values of `spread` scatter to one side than to the other, as where signals are among them.
 double compareSides(const std::vector<double>& values, const Spread& spread) {
   double squares[2] = {};
   double counts[2] = {};
@@ -74,49 +64,33 @@ double compareSides(const std::vector<double>& values, const Spread& spread) {
   return std::max(ratio, 1 / ratio);
 }
 
-/// The line of the spectrum loaded last, the `number`-th from 1, for boxes of `width` x `height` points.
-std::string describeNoise(int number, const std::string& file, const Spectrum& spectrum, std::int64_t width,
-                          std::int64_t height) {
-  const BoxSums points(spectrum, 1, 1);
-  for (const double value : points.sums) {
-    if (!std::isfinite(value)) refuse(file, "not all values are finite");
-  }
-  const Spread ofPoints = estimateClippedSpread(points.sums);
-  const BoxSums boxes(spectrum, width, height);
+/// That of the spectrum loaded last, for boxes of `width` x `height` points.
+SpectrumNoise estimateNoise(const char* file, const Spectrum& spectrum, std::int64_t width, std::int64_t height) {
+  const std::int64_t size1 = spectrum.getSize(0);
+  double nothing = 0.0;  // or no number
+  for (std::int64_t n = 0; n < size1 * spectrum.getSize(1); ++n)
+    nothing += 0.0 * spectrum.getData()[n % size1][n / size1];
+  if (nothing != 0.0) refuse(file, "not all values are finite");
+  const double ofPoints = estimateClippedSpread(sumBoxes(spectrum, 1, 1).sums).deviation;
+  const BoxSums boxes = sumBoxes(spectrum, width, height);
   const Spread ofBoxes = estimateClippedSpread(boxes.sums);
 
-  const std::string left = std::to_string(ofBoxes.used) + " of " + std::to_string(boxes.count) + " boxes";
-  if (ofPoints.deviation > 0.0 && ofBoxes.used < kFewestBoxes) {
-    refuse(file, "only " + left + " are left, and the noise needs at least " + std::to_string(kFewestBoxes));
-  }
-  if (ofPoints.deviation == 0.0 || ofBoxes.deviation == 0.0) refuse(file, "the values have a spread of zero");
-  if (3 * ofBoxes.used < 2 * boxes.count) {
-    printMessage("peakbox-noise: " + file + ": only " + left + " are left, so signal may be in the estimate\n");
-  }
+  const std::int64_t used = std::min(boxes.count, static_cast<std::int64_t>(ofBoxes.used) * boxes.step);
+  const std::string left = "only " + std::to_string(used) + " of " + std::to_string(boxes.count) + " boxes are left, ";
+  if (ofPoints > 0.0 && used < 100) refuse(file, left + "and the noise needs at least 100");
+  if (ofPoints == 0.0 || ofBoxes.deviation == 0.0) refuse(file, "the values have a spread of zero");
+  if (3 * used < 2 * boxes.count) warn(file, left + "so signal may be in the estimate");
   const double sides = compareSides(boxes.sums, ofBoxes);
   if (sides > 1.15 + 4 / std::sqrt(static_cast<double>(ofBoxes.used))) {  // by chance they never differ that much
-    printMessage("peakbox-noise: " + file + ": the boxes scatter " + realToText(std::round(100 * sides) / 100) +
-                 " times as far to one side as to the other, so signal may be in the estimate\n");
+    warn(file, "the boxes scatter " + realToText(std::round(100 * sides) / 100) +
+                   " times as far to one side as to the other, so signal may be in the estimate");
   }
-  return std::to_string(number) + '\t' + realToText(ofBoxes.deviation) + '\t' + realToText(ofPoints.deviation) + '\t' +
-         std::to_string(boxes.count) + '\t' + std::to_string(ofBoxes.used) + '\n';
+  return {.box = ofBoxes.deviation, .point = ofPoints, .boxCount = boxes.count, .used = used};
 }
 
-[[noreturn]] void usage() {
-  std::cerr << "usage: peakbox-noise PARAMETER-FILE\n";
-  std::exit(2);
-}
-
-}  // namespace
-
-int peakboxNoise(int argc, char** argv);
-
-int peakboxNoise(int argc, char** argv) {
-  std::set_new_handler([] { fail("ERROR: Not enough memory.\n"); });
-  if (getopt(argc, argv, "") != -1 || optind + 1 != argc) usage();
-
-  // All that a run reads is read in its order, so that what it refuses is refused here, too.
-  const char* const arguments[] = {"peakbox", "-i", argv[optind]};
+/// All that a run reads is read in its order, so that what it refuses is refused here, too.
+std::string writeNoise(const std::string& parameterFile) {
+  const char* const arguments[] = {"peakbox", "-i", parameterFile.c_str()};
   RunSettings settings;
   settings.parseArguments(3, arguments);
   Spectrum spectrum;
@@ -125,12 +99,26 @@ int peakboxNoise(int argc, char** argv) {
 
   const std::int64_t width = 2 * std::int64_t{settings.getBoxSize(0)} + 1;
   const std::int64_t height = 2 * std::int64_t{settings.getBoxSize(1)} + 1;
-  std::string table = "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n";
+  std::string table = writeNoiseHeader();
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
-    const char* file = settings.getSpectrumFile(k);
-    spectrum.loadData(file, false);
-    table += describeNoise(k + 1, file, spectrum, width, height);
+    spectrum.loadData(settings.getSpectrumFile(k), false);
+    std::cerr << takeMessages();
+    table += writeNoiseLine(k + 1, estimateNoise(settings.getSpectrumFile(k), spectrum, width, height));
   }
-  if (!(std::cout << table << std::flush)) fail("peakbox-noise: the table cannot be written\n");
-  return 0;
+  return table;
 }
+
+int run(const Arguments& arguments) {
+  if (arguments.getOperands().size() != 1) arguments.refuseUsage();
+  try {
+    return answer(writeNoise(arguments.getOperands()[0]));
+  } catch (const RunEnd& end) {
+    throw RunEnd{takeMessages() + end.message, 1};  // also where a run ends with status 0
+  }
+}
+
+}  // namespace
+
+int peakboxNoise(int argc, char** argv);
+
+int peakboxNoise(int argc, char** argv) { return runTool({"peakbox-noise", "PARAMETER-FILE", "", run}, argc, argv); }
