@@ -60,8 +60,8 @@ std::string showControls(const std::string& text) {
     const auto code = static_cast<unsigned char>(c);
     if (code >= 0x20 && code != 0x7f) {
       shown += c;
-    } else if (c == '\r' || c == '\t' || c == '\n') {
-      shown += c == '\r' ? "\\r" : c == '\t' ? "\\t" : "\\n";
+    } else if (c == '\r' || c == '\t') {
+      shown += c == '\r' ? "\\r" : "\\t";
     } else {
       shown += std::string("\\x") + kDigits[code >> 4] + kDigits[code & 15];
     }

@@ -26,6 +26,7 @@ int runTool(const Tool& tool, int count, char** words) {
   try {
     Arguments arguments;
     arguments.usage = std::string("usage: ") + tool.name + " " + tool.usage + "\n";
+    optind = 0;  // the tool may have run before, in programs that call it as a function
     int option = 0;
     while ((option = getopt_long(count, words, tool.options, kLongOptions, nullptr)) != -1) {
       if (option == 1) return answer(arguments.usage + "See " + tool.name + "(1).\n");
