@@ -2,13 +2,17 @@
 
 #include <algorithm>
 
-#include "base/TextFile.h"
-
 namespace peakbox {
 
 namespace {
 
 constexpr std::size_t kHeaderLines = 6;
+
+std::string takeFirstWord(const std::string& line) {
+  constexpr const char* kBlanks = " \t\r\n\v\f";
+  const std::size_t first = std::min(line.find_first_not_of(kBlanks), line.size());
+  return line.substr(first, line.find_first_of(kBlanks, first) - first);
+}
 
 /// Whether one of the first lines names columns of positions, as the last header line of peakbox's own lists does.
 bool namesPositions(const std::vector<std::string>& lines) {
@@ -19,12 +23,12 @@ bool namesPositions(const std::vector<std::string>& lines) {
 }  // namespace
 
 ListKind recogniseList(const std::vector<std::string>& lines) {
+  bool isFirst = true;
   for (const std::string& line : lines) {
-    const std::vector<std::string> words = splitWords(line);
-    if (words.empty() || words[0] == "REMARK" || words[0] == "DATA") continue;
-    if (words[0] == "Assignment") return ListKind::Sparky;
-    if (words[0] == "VARS" || words[0] == "FORMAT") return ListKind::PipeTable;
-    break;
+    const std::string word = takeFirstWord(line);
+    if (word == "VARS" || (isFirst && word == "FORMAT")) return ListKind::PipeTable;
+    if (isFirst && word == "Assignment") return ListKind::Sparky;
+    isFirst = isFirst && (word.empty() || word == "REMARK" || word == "DATA");
   }
   if (namesPositions(lines)) return ListKind::Own;
   return !lines.empty() && lines[0].find_first_of("\t,") != std::string::npos ? ListKind::Table : ListKind::Unknown;

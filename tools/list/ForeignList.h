@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <optional>
+
+#include "list/Rows.h"
+#include "peaks/PeakListWriter.h"
+
+namespace peakbox {
+
+/// A list of any kind: rows of fields, and which field is what.
+struct ForeignList {
+  static constexpr std::size_t kNone = SIZE_MAX / 2;  // this and what is above it
+
+  std::string file;
+  std::vector<Row> rows = {};
+  std::size_t number = kNone;
+  std::size_t label = kNone;
+  std::array<std::size_t, 2> ppm{kNone, kNone};
+  std::array<std::size_t, 2> bounds{kNone, kNone};
+  std::size_t deletion = kNone;
+  std::array<std::string, 2> names{};         // of the two columns of positions
+  std::array<std::string, 2> descriptions{};  // texts that may name their nuclei
+  std::string noLabel = "?";
+  std::optional<double> noValue = std::nullopt;
+  bool hasBracedLabels = false;
+};
+
+/// Recognises the kind of a list and reads it; a table where `columns` names its label, first and second position.
+ForeignList readForeignList(const std::string& file, const std::vector<std::string>& columns);
+
+/// The readers of the kinds, from at least one row; whatever they are not sure of is refused.
+ForeignList readSparky(const std::string& file, std::vector<Row> rows);
+ForeignList readPipeTable(const std::string& file, std::vector<Row> rows);
+ForeignList readOwn(const std::string& file, std::vector<Row> rows);
+ForeignList readTable(const std::string& file, std::vector<Row> rows, const std::vector<std::string>& columns);
+
+/// For these: the first column of a name, or kNone; the only one, else refused; the refusal of a kind not known.
+std::size_t seekColumn(const Row& header, const std::string& name);
+std::size_t findColumn(const Row& header, const std::string& name);
+[[noreturn]] void refuseKind(const std::string& file);
+
+/// A peak as it will be written, but that its pairs stand in the order of the list's columns.
+struct Entry {
+  std::string place;
+  ListEntry peak;
+};
+
+/// The peaks that are not deleted, with "?" for labels that say nothing, numbered as in the list where it numbers all
+/// of them differently, else from 1. A field that is not as it must be is refused.
+std::vector<Entry> takeEntries(const ForeignList& list);
+
+}  // namespace peakbox
