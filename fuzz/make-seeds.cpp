@@ -92,6 +92,12 @@ void makeSpectra(const SeedFolder& seeds, const Write& write) {
 
 }  // namespace
 
+void makeReports(const SeedFolder& seeds) {
+  seeds.add("plain", kExampleField + exampleTable() + exampleTable("2: b\n"));
+  seeds.add("repeats", exampleTable("1: a\n# PARAMETERS: 0.1\tx\r\n") +
+                           exampleTable("2: b\n# PARAMETERS: .10\tx\n", "  1\tA\t1\t1\t1\t-5e3\n"));
+}
+
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::cerr << "usage: make-seeds FOLDER\n";
@@ -103,6 +109,7 @@ int main(int argc, char** argv) {
   makeForeignLists(SeedFolder(folder / "list"));
   makeCube(SeedFolder(folder / "planes"), "cube", 2, 1, 3);
   makeCube(SeedFolder(folder / "planes"), "transposed", 3, 2, 1);
+  makeReports(SeedFolder(folder / "report"));
   makeSpectra(SeedFolder(folder / "pipe"), writePipe);
   makeSpectra(SeedFolder(folder / "view"), writeView);
   return 0;

@@ -119,6 +119,4 @@ int run(const Arguments& arguments) {
 
 }  // namespace
 
-int peakboxNoise(int argc, char** argv);
-
 int peakboxNoise(int argc, char** argv) { return runTool({"peakbox-noise", "PARAMETER-FILE", "", run}, argc, argv); }

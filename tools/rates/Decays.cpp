@@ -35,7 +35,7 @@ const char* findRemark(const std::vector<double>& values, const std::vector<doub
   if (!fit.hasThreeTimes) return "fewer than three distinct parameters";
   if (least == greatest || !isSeen) return "no curve";
   if (hasSign[0] && hasSign[1]) return "changes sign: no decay";
-  if (!(fit.rateError * (fit.rate < 0 ? 2 : 1) <= std::fabs(fit.rate))) return "rate not determined";
+  if (!(fit.rateError <= std::fabs(fit.rate))) return "rate not determined";
   if (fit.rate < 0) return "grows";
   if (fit.isAtEdge) return "at the edge of what the parameters show";
   return !uncertainties.empty() && estimateChance(fit.chi2, fit.freedom) < 1e-4 ? "poor fit" : "";

@@ -27,8 +27,6 @@ int run(const Arguments& arguments) {
 
 }  // namespace
 
-int peakboxRates(int argc, char** argv);
-
 int peakboxRates(int argc, char** argv) {
   return runTool({"peakbox-rates", "[-n NOISE | -r] [-m decay] [REPORT]", "n:rm:", run}, argc, argv);
 }

@@ -69,8 +69,6 @@ int run(const Arguments& arguments) {
 
 }  // namespace
 
-int peakboxTable(int argc, char** argv);
-
 int peakboxTable(int argc, char** argv) {
   return runTool({"peakbox-table", "[-n NOISE | -r] [-d DIR] [REPORT]", "n:rd:", run}, argc, argv);
 }
