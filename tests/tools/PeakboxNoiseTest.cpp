@@ -10,141 +10,90 @@
 #include "support/ExampleRun.h"
 
 namespace peakbox::test {
+namespace {
 
-constexpr int kSize1 = 256;
-constexpr int kSize2 = 128;
-constexpr std::array<double, 5> kKernel{1 / 16.0, 4 / 16.0, 6 / 16.0, 4 / 16.0, 1 / 16.0};
-
-using Values = std::vector<double>;
-
-Values convolve(const Values& values, int step) {
-  Values result(values.size());
-  for (std::size_t n = 0; n < values.size(); ++n) {
-    for (std::size_t k = 0; k < kKernel.size(); ++k) {
-      result[n] += kKernel[k] * values[(n + k * static_cast<std::size_t>(step)) % values.size()];
-    }
-  }
-  return result;
+Plane planeOf(int size1, int size2, const std::function<float(int, int)>& value) {
+  return {.direct = {.size = size1, .observeMHz = 100, .sweepWidthHz = 25600, .tile = 60},
+          .indirect = {.size = size2, .observeMHz = 50, .sweepWidthHz = 6400, .tile = 50},
+          .value = value};
 }
 
-/// The variance of the sum of so many neighbours: of each original value the square of how often it is in the sum.
-double varianceOfSum(int length, bool smooth) {
-  Values weights(static_cast<std::size_t>(length) + 2 * kKernel.size());
-  std::fill_n(weights.begin(), length, 1.0);
-  if (smooth) weights = convolve(weights, 1);
-  double sum = 0;
-  for (const double weight : weights) sum += weight * weight;
-  return sum;
-}
-
-/// Noise of standard deviation 100 per point, before it is smoothed, on an offset, and twenty strong peaks.
-Plane makePlane(bool smooth, bool hasPeaks) {
+/// 256 x 128 points of noise of standard deviation 100, on an offset. With `alike` each one is added to the next one
+/// along the direct dimension. Twenty peaks go with it or none.
+Plane makePlane(bool alike, bool hasPeaks) {
   std::mt19937 generator(7);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same in every run
   std::normal_distribution<double> gaussian(0, 100);
-  Values values(static_cast<std::size_t>(kSize1 * kSize2));
+  std::vector<double> values(256 * 128 + 1);
   for (double& value : values) value = gaussian(generator);
-  if (smooth) values = convolve(convolve(values, 1), kSize1);
-  for (int n = 0; hasPeaks && n < 20; ++n) {
-    const int i0 = 20 + n * 53 % 220;
-    const int j0 = 10 + n * 31 % 110;
-    for (int i = i0 - 12; i <= i0 + 12; ++i) {
-      for (int j = j0 - 9; j <= j0 + 9; ++j) {
-        const double distance = std::pow((i - i0) / 3.0, 2) + std::pow((j - j0) / 2.0, 2);
-        values[static_cast<std::size_t>(j * kSize1 + i)] += (n % 3 == 0 ? -1e5 : 1e5) * std::exp(-distance / 2);
-      }
+  return planeOf(256, 128, [=](int i, int j) {
+    const auto n = static_cast<std::size_t>(256 * j + i);
+    double value = 2000 + values[n] + (alike ? values[n + 1] : 0);
+    for (int k = 0; hasPeaks && k < 20; ++k) {
+      const double distance = std::pow((i - 20 - k * 53 % 220) / 3.0, 2) + std::pow((j - 10 - k * 31 % 110) / 2.0, 2);
+      value += (k % 3 == 0 ? -1e5 : 1e5) * std::exp(-distance / 2);
     }
-  }
-  return {
-      .direct = {.size = kSize1, .observeMHz = 100, .sweepWidthHz = 25600, .tile = 60},
-      .indirect = {.size = kSize2, .observeMHz = 50, .sweepWidthHz = 6400, .tile = 50},
-      .value = [values](int i, int j) { return static_cast<float>(values[static_cast<std::size_t>(j * kSize1 + i)]); }};
+    return static_cast<float>(value);
+  });
 }
 
-std::string parametersWith(const std::string& box) {
-  return "PEAKLIST peaks.xpk\nBOXSIZE " + box + "\nSPECTRUM a.ft2\n";
+std::string run(const std::string& bytes, const std::string& box) {
+  const std::string parameters = "PEAKLIST peaks.xpk\nSPECTRUM a.ft2\nBOXSIZE " + box + "\n";
+  return runExample({{"a.ft2", bytes}, {"run.par", parameters}, {"short.xpk", examplePeakHeader() + "1 {x} 10\n"}},
+                    "peakbox-noise run.par");
 }
 
 TEST(PeakboxNoise, IsThatOfTheGenerator) {
-  for (const bool smooth : {false, true}) {
-    for (const bool hasPeaks : {false, true}) {
-      const std::string bytes =
-          smooth ? writeView(makePlane(smooth, hasPeaks)) : writePipe(makePlane(smooth, hasPeaks));
-      for (const auto& [half1, half2] : {std::pair{0, 0}, {1, 0}, {0, 2}, {2, 1}, {2, 2}, {4, 4}}) {
-        const std::string box = std::to_string(half1) + " " + std::to_string(half2);
-        const std::string end =
-            runExample({{"a.ft2", bytes}, {"run.par", parametersWith(box)}}, "peakbox-noise run.par");
-        const std::string start = outcome(0, "", "(no file)", "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n");
-        ASSERT_TRUE(end.starts_with(start)) << end;
-        std::istringstream line(end.substr(start.size()));
-        double number = 0;
-        double boxNoise = 0;
-        double pointNoise = 0;
-        int boxes = 0;
-        int used = 0;
-        line >> number >> boxNoise >> pointNoise >> boxes >> used;
-        const double known =
-            100 * std::sqrt(varianceOfSum(2 * half1 + 1, smooth) * varianceOfSum(2 * half2 + 1, smooth));
-        EXPECT_EQ(boxes, kSize1 / (2 * half1 + 1) * (kSize2 / (2 * half2 + 1)));
-        EXPECT_NEAR(boxNoise / known, 1, boxes < 500 ? 0.15 : 0.08) << box << ' ' << smooth << hasPeaks;
-        EXPECT_NEAR(pointNoise / (100 * varianceOfSum(1, smooth)), 1, 0.08);
-        EXPECT_TRUE(hasPeaks ? used < 0.98 * boxes : used > 0.98 * boxes) << box << ' ' << used;
-      }
+  for (const auto& [alike, hasPeaks] : {std::pair{false, false}, {false, true}, {true, false}, {true, true}}) {
+    const std::string bytes = alike ? writeView(makePlane(alike, hasPeaks)) : writePipe(makePlane(alike, hasPeaks));
+    for (const auto& [width, height] : {std::pair{1, 1}, {3, 1}, {1, 5}, {5, 3}, {9, 9}}) {
+      const std::string end = run(bytes, std::to_string(width / 2) + " " + std::to_string(height / 2));
+      const std::string start = outcome(0, "", "(no file)", "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n1\t");
+      std::vector<double> numbers(4);
+      std::istringstream line(end.starts_with(start) ? end.substr(start.size()) : "");
+      for (double& number : numbers) line >> number;
+      // How often each value is in a sum: once, or 1, 2, ..., 2, 1 times along the row.
+      const double known = 100 * std::sqrt((alike ? 4 * width - 2 : width) * height);
+      const std::string name = end + std::to_string(width) + " x " + std::to_string(height);
+      EXPECT_NEAR(numbers[0] / known, 1, width < 9 ? 0.08 : 0.15) << name;
+      EXPECT_NEAR(numbers[1] / 100, alike ? std::sqrt(2) : 1, 0.1) << name;
+      EXPECT_EQ(numbers[2], 256 / width * (128 / height)) << name;
+      EXPECT_TRUE(hasPeaks ? numbers[3] < 0.98 * numbers[2] : numbers[3] > 0.98 * numbers[2]) << name;
     }
   }
 }
 
-/// Of 60 x 40 points, which give 260 boxes of 3 x 3.
-std::string writeSmall(const std::function<float(int, int)>& change) {
-  Plane plane = makePlane(false, false);
-  plane.direct.size = 60;
-  plane.indirect.size = 40;
-  plane.value = [change, noise = plane.value](int i, int j) { return noise(i, j) + change(i, j); };
-  return writePipe(plane);
-}
-
-TEST(PeakboxNoise, IsRefusedWhereItWouldBeWrong) {
-  const auto nothing = [](int, int) { return 0.0f; };
-  const auto oneInfinite = [](int i, int j) { return i == 59 && j == 39 ? std::numeric_limits<float>::infinity() : 0; };
-  const auto bad = [](const std::string& text) { return "peakbox-noise: a.ft2: " + text + "\n"; };
-  Plane constant = makePlane(false, false);
-  constant.value = [](int, int) { return 3.5f; };
-  const std::tuple<std::string, std::string, std::string> rows[] = {
-      {writeSmall(nothing), parametersWith("4"), bad("only 24 of 24 boxes are left, and the noise needs at least 100")},
-      {writeSmall(nothing), parametersWith("99"), bad("only 0 of 0 boxes are left, and the noise needs at least 100")},
-      {writeSmall(oneInfinite), parametersWith("1"), bad("not all values are finite")},
-      {writePipe(constant), parametersWith("4"), bad("the values have a spread of zero")},
-      {writeSmall(nothing), "PEAKLIST peaks.xpk\nSPECTRUM a.ft2\n", "ERROR: No BOXSIZE specified.\n"},
-      {writeSmall(nothing), "PEAKLIST none\nBOXSIZE 1\nSPECTRUM a.ft2\n", "ERROR: Unable to open 'none'\n"},
-      {writeSmall(nothing), parametersWith("1") + "SPECTRUM none\n", "Unable to open datafile none\n"},
+TEST(PeakboxNoise, SaysWhatIsWrong) {
+  const auto mixed = [](int i, int j) { return static_cast<float>((i * 7919 + j * 104729) % 2001 + 1); };
+  const auto infinite = [](int i, int j) { return i == 59 && j == 39 ? std::numeric_limits<float>::infinity() : 1; };
+  const auto halfEmpty = [&](int i, int j) { return i < 30 ? 0 : mixed(i, j); };
+  // From their mean 7 these deviate by 3 to one side and by the root of 2.5 to the other.
+  const auto oneSided = [](int i, int j) { return std::array{5.0f, 6.0f, 10.0f}[static_cast<std::size_t>(i + j) % 3]; };
+  const auto write = [](const std::function<float(int, int)>& value) { return writePipe(planeOf(60, 40, value)); };
+  Plane swapped = planeOf(60, 40, mixed);
+  swapped.swapped = true;
+  const std::string notice = "Correcting data for apparent byte-swap.\n";
+  const std::string signal = ", so signal may be in the estimate\n";
+  const auto bad = [](const std::string& text) { return "err:\npeakbox-noise: a.ft2: " + text; };
+  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+      {"24 boxes", write(mixed), "4", bad("only 24 of 24 boxes are left, and the noise needs at least 100\n")},
+      {"large boxes", write(mixed), "99", bad("only 0 of 0 boxes are left, and the noise needs at least 100\n")},
+      {"infinite", write(infinite), "1", bad("not all values are finite\n")},
+      {"all alike", write([](int, int) { return 3.5f; }), "1", bad("the values have a spread of zero\n")},
+      {"no list", write(mixed), "1\nPEAKLIST none", "err:\nERROR: Unable to open 'none'\n"},
+      {"a short line", write(mixed), "1\nPEAKLIST short.xpk", "err:\nColumn index (17) exceeds maximum (3)\n"},
+      {"other bytes", writePipe(swapped), "1\nSPECTRUM none",
+       "err:\n" + notice + notice + "Unable to open datafile none\n"},
+      {"half of it zero", write(halfEmpty), "1", bad("only 130 of 260 boxes are left" + signal)},
+      {"one side", write(oneSided), "0",
+       bad("the boxes scatter 1.9 times as far to one side as to the other" + signal)},
   };
-  for (const auto& [bytes, parameters, message] : rows) {
-    EXPECT_EQ(runExample({{"a.ft2", bytes}, {"run.par", parameters}}, "peakbox-noise run.par"), outcome(1, message));
+  for (const auto& [name, bytes, parameters, err] : rows) {
+    const std::string end = run(bytes, parameters);
+    const std::string status = err.ends_with(signal) ? "status 0\n" : "status 1\n";
+    EXPECT_EQ(end.substr(0, end.find("report:")), status + err) << name;
   }
   EXPECT_EQ(runExample({}, "peakbox-noise"), outcome(2, "usage: peakbox-noise PARAMETER-FILE\n"));
 }
 
-TEST(PeakboxNoise, SaysWhereSignalMayBeInIt) {
-  // 100 of the 260 boxes have signals of many sizes.
-  const auto signals = [](int i, int j) { return i < 30 ? static_cast<float>(i * 9973 + j * 7919 % 4001) : 0; };
-  const auto zeros = [](int i, int j) { return i < 30 ? 0.0f : static_cast<float>((i * 7919 + j * 104729) % 2001); };
-  Plane halfEmpty = makePlane(false, false);
-  halfEmpty.direct.size = 60;
-  halfEmpty.indirect.size = 40;
-  halfEmpty.value = zeros;
-  // An eighth of the points is 3 standard deviations up.
-  Plane lopsided = makePlane(false, false);
-  lopsided.value = [noise = lopsided.value](int i, int j) { return noise(i, j) + (i % 8 == 0 ? 300.0f : 0.0f); };
-  const std::string warned =
-      runExample({{"a.ft2", writePipe(lopsided)}, {"run.par", parametersWith("0")}}, "peakbox-noise run.par");
-  EXPECT_NE(warned.find("times as far to one side as to the other, so signal may be in the estimate\n"),
-            std::string::npos)
-      << warned;
-  for (const std::string& bytes : {writeSmall(signals), writePipe(halfEmpty)}) {
-    const std::string end =
-        runExample({{"a.ft2", bytes}, {"run.par", parametersWith("1")}}, "peakbox-noise run.par 3>&1 >/dev/null");
-    EXPECT_EQ(end.find("status 0\nerr:\npeakbox-noise: a.ft2: only 1"), 0) << end;
-    EXPECT_NE(end.find(" of 260 boxes are left, so signal may be in the estimate\n"), std::string::npos) << end;
-  }
-}
-
+}  // namespace
 }  // namespace peakbox::test

@@ -5,7 +5,6 @@
 namespace peakbox::test {
 namespace {
 
-/// A line of a report's table; the positions do not matter here.
 std::string peak(const std::string& number, const std::string& label, const std::string& intensity = "1") {
   return "  " + number + "\t" + label + "\t8.25\t119.5\t" + intensity + "\n";
 }

@@ -55,6 +55,7 @@ ExponentialFit descend(Curve& curve, double rate) {
   std::vector<double> matrix(2 * size);
   std::vector<double> work(size + 10);
   lmder1(calculate, &curve, count, 2, &x[0], &deviations[0], &matrix[0], count, 1e-12, &order[0], &work[0], count + 10);
+  if (x[1] * rate < -0.01) return descend(curve, x[1]);  // beyond 0 the origin is at the wrong end
   covar(2, &matrix[0], count, &order[0], 1e-15, &work[0]);
   const double ofRate = matrix[size + 1] > 0 ? matrix[size + 1] : NAN;
   const double sinceZero = curve.start + curve.origin;

@@ -14,11 +14,10 @@ using namespace peakbox;
 
 int run(const Arguments& arguments) {
   const std::map<std::string, decltype(&writeDecays)> models{{"decay", writeDecays}};
-  const std::vector<std::string>& operands = arguments.getOperands();
+  const std::vector<std::string>& files = arguments.getOperands();
   const auto model = models.find(arguments.has('m') ? arguments.get('m') : "decay");
-  const bool isTwofold = arguments.has('n') && arguments.has('r');
-  if (operands.size() > 1 || model == models.end() || isTwofold) arguments.refuseUsage();
-  const Report report = readReport(operands.empty() ? "-" : operands[0]);
+  if (files.size() > 1 || model == models.end() || (arguments.has('n') && arguments.has('r'))) arguments.refuseUsage();
+  const Report report = readReport(files.empty() ? "-" : files[0]);
   const std::vector<double> uncertainties = arguments.has('n')   ? readUncertainties(arguments.get('n'), report)
                                             : arguments.has('r') ? poolRepeats(report)
                                                                  : std::vector<double>();
