@@ -7,7 +7,7 @@
 #include "base/TextNumbers.h"
 #include "spectrum/Nuclei.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 namespace {
 
@@ -56,4 +56,4 @@ std::size_t findDirect(const ForeignList& list, const std::vector<Entry>& entrie
   refuse(place, "the positions " + peak.ppm[0] + " and " + peak.ppm[1] + " lie far outside " + spectrumFile);
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

@@ -3,7 +3,7 @@
 #include "list/ForeignList.h"
 #include "spectrum/Spectrum.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 /// How often a peak must be folded to lie in the spectrum, in the dimension that needs more, where column `direct`, 0
 /// or 1, is the direct dimension.
@@ -14,4 +14,4 @@ double countFoldings(const ListEntry& peak, const Axes& axes, std::size_t direct
 std::size_t findDirect(const ForeignList& list, const std::vector<Entry>& entries, const Spectrum& spectrum,
                        const std::string& spectrumFile, bool isExchanged);
 
-}  // namespace peakbox
+}  // namespace peakbox::list

@@ -9,7 +9,7 @@
 #include "base/TextNumbers.h"
 #include "peaks/ListKind.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 namespace {
 
@@ -93,4 +93,4 @@ std::vector<Entry> takeEntries(const ForeignList& list) {
   return entries;
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

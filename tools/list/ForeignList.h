@@ -6,7 +6,7 @@
 #include "list/Rows.h"
 #include "peaks/PeakListWriter.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 /// A list of any kind: rows of fields, and which field is what.
 struct ForeignList {
@@ -50,4 +50,4 @@ struct Entry {
 /// of them differently, else from 1. A field that is not as it must be is refused.
 std::vector<Entry> takeEntries(const ForeignList& list);
 
-}  // namespace peakbox
+}  // namespace peakbox::list

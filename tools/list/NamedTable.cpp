@@ -1,6 +1,6 @@
 #include "list/ForeignList.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 ForeignList readTable(const std::string& file, std::vector<Row> rows, const std::vector<std::string>& columns) {
   const Row header = rows[0];
@@ -15,4 +15,4 @@ ForeignList readTable(const std::string& file, std::vector<Row> rows, const std:
   return list;
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

@@ -4,7 +4,7 @@
 #include "list/ForeignList.h"
 #include "peaks/PeakList.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 ForeignList readOwn(const std::string& file, std::vector<Row> rows) {
   const auto isPosition = [](const std::string& field) { return field.size() > 2 && field.ends_with(".P"); };
@@ -29,4 +29,4 @@ ForeignList readOwn(const std::string& file, std::vector<Row> rows) {
   return list;
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

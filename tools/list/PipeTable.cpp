@@ -4,7 +4,7 @@
 #include "base/TextNumbers.h"
 #include "list/ForeignList.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 ForeignList readPipeTable(const std::string& file, std::vector<Row> rows) {
   const auto isHeader = [](const Row& row) { return row.fields[0] == "VARS"; };
@@ -35,4 +35,4 @@ ForeignList readPipeTable(const std::string& file, std::vector<Row> rows) {
   return list;
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

@@ -8,7 +8,7 @@
 #include "base/TextFile.h"
 #include "peaks/LineSplitter.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 namespace {
 
@@ -89,4 +89,4 @@ std::string cut(std::string text, std::size_t room) {
   return text;
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

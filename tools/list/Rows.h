@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace peakbox {
+namespace peakbox::list {
 
 /// A line of a list, or of a table several where a quoted field holds line ends.
 struct Row {
@@ -26,4 +26,4 @@ std::string trim(const std::string& text);
 /// As much of a text as there is room for, with blanks for control characters.
 std::string cut(std::string text, std::size_t room);
 
-}  // namespace peakbox
+}  // namespace peakbox::list

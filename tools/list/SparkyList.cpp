@@ -2,7 +2,7 @@
 #include "base/TextNumbers.h"
 #include "list/ForeignList.h"
 
-namespace peakbox {
+namespace peakbox::list {
 
 ForeignList readSparky(const std::string& file, std::vector<Row> rows) {
   const Row header = rows[0];
@@ -21,4 +21,4 @@ ForeignList readSparky(const std::string& file, std::vector<Row> rows) {
   return {.file = file, .rows = std::move(rows), .label = 0, .ppm = {1, 2}, .names = {"w1", "w2"}};
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::list

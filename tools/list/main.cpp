@@ -10,6 +10,7 @@
 namespace {
 
 using namespace peakbox;
+using namespace peakbox::list;
 using Texts = std::vector<std::string>;
 
 bool isWidth(const std::string& text) { return textToDecimal(text).value_or(0.0) > 0.0; }

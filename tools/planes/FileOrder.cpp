@@ -5,7 +5,7 @@
 #include "base/Refusal.h"
 #include "base/TextNumbers.h"
 
-namespace peakbox {
+namespace peakbox::planes {
 
 namespace {
 
@@ -41,4 +41,4 @@ void refuseFallingNumbers(const std::vector<std::string>& files) {
   refuse(pair[1], "comes behind " + pair[0] + ", though the number in its name is lower; -k keeps the order as given");
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::planes

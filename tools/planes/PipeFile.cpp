@@ -11,7 +11,7 @@
 #include "base/Refusal.h"
 #include "spectrum/PipeWords.h"
 
-namespace peakbox {
+namespace peakbox::planes {
 
 namespace fs = std::filesystem;
 
@@ -140,4 +140,4 @@ std::string PipeFile::makeHeader() const {
   return bytes;
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::planes

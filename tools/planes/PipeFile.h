@@ -4,7 +4,7 @@
 
 #include "spectrum/FileHeader.h"
 
-namespace peakbox {
+namespace peakbox::planes {
 
 /// An axis of a plane, as its file says.
 struct Axis {
@@ -44,4 +44,4 @@ struct PipeFile {
   bool isBigEndian() const;
 };
 
-}  // namespace peakbox
+}  // namespace peakbox::planes

@@ -6,7 +6,7 @@
 
 #include "base/Refusal.h"
 
-namespace peakbox {
+namespace peakbox::planes {
 
 namespace fs = std::filesystem;
 
@@ -43,4 +43,4 @@ void writePlanes(const std::vector<PipeFile>& files, const std::string& folder, 
   if (!(std::cout << lines << std::flush)) giveUp("standard output", "cannot be written");
 }
 
-}  // namespace peakbox
+}  // namespace peakbox::planes

@@ -2,7 +2,7 @@
 
 #include "planes/PipeFile.h"
 
-namespace peakbox {
+namespace peakbox::planes {
 
 /// The file of a plane in a folder, counted from 1.
 std::string namePlane(const std::string& folder, std::size_t plane);
@@ -11,4 +11,4 @@ std::string namePlane(const std::string& folder, std::size_t plane);
 /// output. Where something of this cannot be done it is refused, and nothing stays; no file is overwritten.
 void writePlanes(const std::vector<PipeFile>& files, const std::string& folder, const std::string& lines);
 
-}  // namespace peakbox
+}  // namespace peakbox::planes

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <set>
 
@@ -13,6 +12,7 @@
 namespace {
 
 using namespace peakbox;
+using namespace peakbox::planes;
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 
