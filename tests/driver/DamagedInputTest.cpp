@@ -20,18 +20,13 @@ TEST(DamagedInput, EndsEveryProgramInOrder) {
     std::string file;
     std::string contents;
   };
-  std::string noFrequency = writePipe(examplePlane());
-  putReal(noFrequency, 876, 0, false);
   const Row rows[] = {
       {"points without end", "a.ft2", claim(0x7fffffff, 5, 7)},
       {"tiles of one column", "a.ft2", claim(0x7fffffff, 1, 1 << 30)},
       {"tiles without end", "a.ft2", claim(16, 0x7fffffff, 0x7fffffff)},
-      {"rows without points", "a.ft2", claim(0, 5, 1 << 30)},
-      {"no frequency", "a.ft2", noFrequency},
       {"a number beyond all", "peaks.xpk", examplePeakHeader() + examplePeakLine({.ppm1 = "1e308"})},
       {"a width beyond all", "peaks.xpk", examplePeakHeader() + examplePeakLine({.width2 = "-inf"})},
       {"a group without end", "peaks.xpk", examplePeakHeader() + std::string(300000, '{') + "\n"},
-      {"a label of NUL", "peaks.xpk", examplePeakHeader() + examplePeakLine({.label = {"\0", 1}})},
       {"tolerance beyond all", "run.par", exampleParameters("TOLERANCE inf 1e999\nSPECTRUM a.ft2\nSPECTRUM b\n")},
       {"a box beyond all", "run.par", exampleParameters("BOXSIZE 0x7fffffff\nSPECTRUM a.ft2 \"\n")},
   };

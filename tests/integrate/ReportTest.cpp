@@ -78,8 +78,6 @@ TEST(Report, UsesTheLastOfRepeatedKeywordsAndOptions) {
   const std::string parameters = "BOXSIZE 9\nPEAKLIST x\nField 1\n" + exampleParameters();
   EXPECT_EQ(runExample({{"run.par", parameters}}, "peakbox -i none -o first -i run.par -o report"),
             outcome(0, "", kExampleField + exampleTable()));
-  EXPECT_EQ(runExample({{"run.par", "PEAKLIST peaks.xpk\nBOXSIZE 1\nSPECTRUM a.ft2\n"}}),
-            outcome(0, "", exampleTable()));
 }
 
 TEST(Report, KeepsTheTablesBeforeAFault) {
