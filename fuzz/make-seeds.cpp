@@ -56,19 +56,20 @@ void makeForeignLists(const SeedFolder& seeds) {
   seeds.add("own", examplePeaks());
   seeds.add("sparky", "Assignment w1 w2 Data Height\n\n A1N-H 5 10 7\n ?-? 4 9 8\n");
   seeds.add("pipe", "DATA X_AXIS HN 1 16\nVARS INDEX X_PPM Y_PPM ASS\nFORMAT %d\nNULLVALUE -666\n 1 10 5 A1\n");
+  seeds.add("form-feed", "Assignment w1 w2\n\f\nA 10 5\n\v\n\t\t\f\n");
   seeds.add("table", "#\tA\tB\tC\n1\t{3}H\t10\t5\n2\t\"a\"\"b\"\t10\t5\r\n");
 }
 
-/// A cube of two planes, its axes in this order.
+/// A cube of two planes, its axes in this order, and one of its planes alone.
 void makeCube(const SeedFolder& seeds, const std::string& name, int first, int second, int third) {
   Plane plane = examplePlane();
   plane.direct.size = plane.indirect.size = 4;
   std::string bytes = writePipe(plane);
-  bytes += bytes.substr(2048);
   const std::pair<std::size_t, int> words[] = {{9, 3},   {24, first}, {25, second}, {26, third}, {15, 2},   {220, 1},
                                                {222, 1}, {13, 1},     {51, 1},      {10, 60},    {11, 1000}};
   for (const auto& [word, number] : words) putReal(bytes, 4 * word, static_cast<float>(number), false);
-  seeds.add(name, bytes);
+  seeds.add(name + "-plane", bytes);
+  seeds.add(name, bytes + bytes.substr(2048));
 }
 
 template <typename Write>
@@ -110,6 +111,7 @@ int main(int argc, char** argv) {
   makeCube(SeedFolder(folder / "planes"), "cube", 2, 1, 3);
   makeCube(SeedFolder(folder / "planes"), "transposed", 3, 2, 1);
   makeReports(SeedFolder(folder / "report"));
+  SeedFolder(folder / "planes").add("delays", "10m\r\n\n 0.5\n\f\n2u\n1e-3s\n");
   makeSpectra(SeedFolder(folder / "pipe"), writePipe);
   makeSpectra(SeedFolder(folder / "view"), writeView);
   return 0;
