@@ -15,6 +15,13 @@ std::int32_t textToInteger(const char* text) {
 
 double textToReal(const char* text) { return std::strtod(text, nullptr); }
 
+NumberPart findNumber(const std::string& text) {
+  char* end = nullptr;
+  static_cast<void>(std::strtod(text.c_str(), &end));
+  if (end == text.c_str()) return NumberPart::None;
+  return *end == '\0' ? NumberPart::All : NumberPart::Some;
+}
+
 std::optional<double> textToDecimal(const std::string& text) {
   if (text.empty() || text.find_first_not_of("+-.0123456789eE") != std::string::npos) return std::nullopt;
   char* end = nullptr;

@@ -13,6 +13,10 @@ std::int32_t textToInteger(const char* text);
 /// The number at the start of `text`, as `strtod` reads it; 0 when there is none.
 double textToReal(const char* text);
 
+/// How much of `text` is the number that `textToReal` reads.
+enum class NumberPart { None, Some, All };
+NumberPart findNumber(const std::string& text);
+
 /// The finite decimal number that is all of `text`; nothing where that is anything else, a hexadecimal number too.
 std::optional<double> textToDecimal(const std::string& text);
 

@@ -39,6 +39,9 @@ class BoxTable {
   /// that is no number, or farther off than 2^31 sizes, ends the run with status 1.
   void placeBoxes(const Spectrum& spectrum, const PeakList& peaks);
 
+  /// Of this the part of one peak.
+  void placeBox(int j, const Spectrum& spectrum, const PeakList& peaks);
+
   /// Measures peak j: moves its centre to the point of greatest magnitude in its search area, and sums the
   /// (2 halfWidth1 + 1) x (2 halfWidth2 + 1) points around it. Of an area that holds no point the two beside it are
   /// searched, of one that reaches outside the plane what is inside or, where nothing is, the nearest point. A box that

@@ -42,12 +42,14 @@ BoxExtent placeExtent(const PeakList& peaks, int j, int dim) {
 
 void BoxTable::placeBoxes(const Spectrum& spectrum, const PeakList& peaks) {
   convertTolerance(spectrum);
-  for (int j = 0; j < peaks.getCount(); ++j) {
-    extents1[static_cast<std::size_t>(j)] = placeExtent(peaks, j, 0);
-    foldDirect(j, spectrum.getSize(0));
-    extents2[static_cast<std::size_t>(j)] = placeExtent(peaks, j, 1);
-    foldIndirect(j, spectrum.getSize(1));
-  }
+  for (int j = 0; j < peaks.getCount(); ++j) placeBox(j, spectrum, peaks);
+}
+
+void BoxTable::placeBox(int j, const Spectrum& spectrum, const PeakList& peaks) {
+  extents1[static_cast<std::size_t>(j)] = placeExtent(peaks, j, 0);
+  foldDirect(j, spectrum.getSize(0));
+  extents2[static_cast<std::size_t>(j)] = placeExtent(peaks, j, 1);
+  foldIndirect(j, spectrum.getSize(1));
 }
 
 void BoxTable::foldDirect(int j, int size) {

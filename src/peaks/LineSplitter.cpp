@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <istream>
+#include <utility>
 
 #include "base/Messages.h"
 #include "base/TextNumbers.h"
@@ -48,6 +49,12 @@ bool LineSplitter::readLine(std::istream& stream) {
   if (stream.eof()) return false;
   splitLine();
   return true;
+}
+
+void LineSplitter::split(std::string text) {
+  fieldStarts.clear();
+  line = std::move(text);
+  splitLine();
 }
 
 void LineSplitter::splitLine() {

@@ -19,6 +19,9 @@ class LineSplitter {
   /// false there are no fields.
   bool readLine(std::istream& stream);
 
+  /// Splits a line that is at hand, without its end.
+  void split(std::string text);
+
   std::int32_t getFieldCount() const { return static_cast<std::int32_t>(fieldStarts.size()); }
 
   /// The first field that equals `name`, -1 when there is none.

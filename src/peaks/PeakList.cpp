@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "base/Messages.h"
-#include "peaks/LineSplitter.h"
 
 namespace peakbox {
 
@@ -64,19 +63,22 @@ void PeakList::readHeader(std::istream& stream) {
 
 void PeakList::readPeaks(std::istream& stream, const Spectrum& spectrum) {
   LineSplitter splitter;
-  while (!stream.fail() && splitter.readLine(stream)) {
-    if (std::strcmp(splitter.getField(kDeletedColumn), "-1") == 0) continue;
+  while (!stream.fail() && splitter.readLine(stream)) addPeak(splitter, spectrum);
+}
 
-    Peak peak;
-    peak.number = splitter.getFieldAsInt(0);
-    peak.label = makeLabel(splitter.getField(labelColumn), splitter.getField(0));
-    for (std::size_t d = 0; d < 2; ++d) {
-      peak.position[d] = splitter.getFieldAsFloat(positionColumn[d]);
-      peak.boundsWidth[d] = splitter.getFieldAsFloat(boundsColumn[d]);
-    }
-    peak.toPoints(spectrum);
-    peaks.push_back(std::move(peak));
+bool PeakList::addPeak(const LineSplitter& fields, const Spectrum& spectrum) {
+  if (std::strcmp(fields.getField(kDeletedColumn), "-1") == 0) return false;
+
+  Peak peak;
+  peak.number = fields.getFieldAsInt(0);
+  peak.label = makeLabel(fields.getField(labelColumn), fields.getField(0));
+  for (std::size_t d = 0; d < 2; ++d) {
+    peak.position[d] = fields.getFieldAsFloat(positionColumn[d]);
+    peak.boundsWidth[d] = fields.getFieldAsFloat(boundsColumn[d]);
   }
+  peak.toPoints(spectrum);
+  peaks.push_back(std::move(peak));
+  return true;
 }
 
 }  // namespace peakbox

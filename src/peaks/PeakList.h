@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "peaks/LineSplitter.h"
 #include "spectrum/Spectrum.h"
 
 namespace peakbox {
@@ -39,6 +40,12 @@ class PeakList {
   /// of the stream, whose peaks are added.
   void readHeader(std::istream& stream);
   void readPeaks(std::istream& stream, const Spectrum& spectrum);
+
+  /// Adds the peak of a data line; returns whether the line has one, which is not so when it has been deleted.
+  bool addPeak(const LineSplitter& fields, const Spectrum& spectrum);
+
+  /// Adds a peak of another list.
+  void addPeak(const PeakList& other, int i) { peaks.push_back(other.at(i)); }
 
   /// Where a data line has its fields, counted from 0; a column that the header does not name is 0.
   std::int32_t getLabelColumn() const { return labelColumn; }

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "check/Findings.h"
+#include "check/ListedPeaks.h"
+#include "check/MovementCheck.h"
+#include "driver/RunSettings.h"
+#include "integrate/Series.h"
+
+/// The checks that are made once, in their order, each in the file of its name.
+namespace peakbox {
+
+/// What a parameter file sets, as far as it can be read.
+struct Parameters {
+  RunSettings settings;
+  std::int64_t toleranceLine = 0;  // of the one that counts
+};
+
+/// ParameterCheck: reads the file, which may be a pipe. When the axes of the first spectrum are known, tells of
+/// tolerances of less than a point.
+Parameters readParameters(const FileFindings& findings);
+void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const FileFindings& findings);
+
+/// ReportCheck: what would become of a report of this name.
+void checkReport(const std::string& report, const std::string& parameterFile, const RunSettings& settings,
+                 Findings& findings);
+
+/// PeakListCheck: reads the list, as far as it can be read, and where the axes of the first spectrum are known returns
+/// the peaks that can be placed by them.
+ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& settings, Findings& findings);
+
+/// PlacementCheck: whether a list belongs to the first spectrum; leaves out the peaks that have no place in it. What it
+/// was made for is told by `frequencyLine`, which a run does not read.
+void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
+                    const RunSettings& settings, const FileFindings& findings);
+
+/// PeakFindings: puts into words what is wrong with the peaks of a series that has been measured, and how they moved.
+void tellPeaks(const Series& series, const ListedPeaks& peaks, const MovementCheck& movement,
+               const RunSettings& settings, Findings& findings);
+
+}  // namespace peakbox

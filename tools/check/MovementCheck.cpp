@@ -1,0 +1,113 @@
+#include "check/MovementCheck.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/RobustSpread.h"
+#include "base/TextNumbers.h"
+#include "integrate/Uphill.h"
+
+namespace peakbox {
+
+namespace {
+
+/// Of some of them, or of those that `counts` chooses, whether they are nearly all.
+bool areNearlyAll(std::ptrdiff_t some, std::size_t all) { return static_cast<std::size_t>(some) * 10 >= all * 8; }
+
+}  // namespace
+
+void MovementCheck::follow(const Series& series, const Spectrum& spectrum) {
+  const std::size_t last = series.getIndices().size() - 1;
+  if (last == 0) return findTops(series, spectrum);
+  compareTops(series.getIndices()[last], series.getNoise(last), spectrum);
+}
+
+/// If the tops of most peaks are not where they were found, the list is displaced.
+void MovementCheck::findTops(const Series& series, const Spectrum& spectrum) {
+  std::array<std::vector<double>, 2> moved;
+  const double noise = series.getNoise(0);
+  for (std::size_t j = 0; j < series.getPeakCount(); ++j) {
+    const Sighting& found = series.getSighting(0, j);  // a lost one has no height
+    if (isNoiseLabel(peaks.getLabel(j)) || !isSure(found.height, noise)) continue;
+    const Point top = climb(spectrum, found.point, noise);
+    const double height = std::fabs(spectrum.getData()[top[0]][top[1]]);
+    tops.push_back({found.height < 0 ? -1.0 : 1.0, top, interpolateTop(spectrum, top), height});
+    for (const std::size_t d : {0U, 1U}) moved[d].push_back(static_cast<double>(top[d] - found.point[d]));
+  }
+  noteMovement(peaks.file, "most peaks of the list are off their tops in the first spectrum", moved);
+}
+
+void MovementCheck::compareTops(int k, double noise, const Spectrum& spectrum) {
+  std::array<std::vector<double>, 2> moved;
+  OddSpectrum missing{k, false, 2 * kSureHeight * noise, {}};
+  OddSpectrum turned{k, true, 0, {}};
+  for (PeakTop& top : tops) {
+    const auto t = static_cast<std::size_t>(&top - tops.data());
+    const Point point = climb(spectrum, top.point, noise);
+    const double value = top.sign * spectrum.getData()[point[0]][point[1]];
+    if (!isSure(value, noise)) {
+      missing.tops.push_back(t);
+      continue;
+    }
+    if (value > 0) {
+      top.lastSeen = k;
+      top.lastHeight = value;
+    } else {
+      turned.tops.push_back(t);
+    }
+    const std::array<double, 2> exact = interpolateTop(spectrum, point);
+    for (const std::size_t d : {0U, 1U}) moved[d].push_back(exact[d] - top.exact[d]);
+  }
+  if (missing.tops.size() > moved[0].size() / 2) {
+    const std::optional<Point> displacement = findDisplacement(spectrum, noise, tops);
+    if (!displacement) return oddSpectra.push_back(missing);
+    for (const std::size_t d : {0U, 1U}) moved[d].assign(kFewestPeaks, static_cast<double>((*displacement)[d]));
+  } else if (areNearlyAll(std::ssize(turned.tops), moved[0].size())) {
+    oddSpectra.push_back(turned);
+  }
+  noteMovement(settings.getSpectrumFile(k), "all peaks have moved against the first spectrum", moved);
+}
+
+/// Notes what most peaks share.
+void MovementCheck::noteMovement(const std::string& file, const std::string& what,
+                                 std::array<std::vector<double>, 2> moved) {
+  constexpr double kMovedPoints = 0.85;  // tops are known to a fraction
+  for (const std::size_t d : {0U, 1U}) {
+    if (moved[d].size() < kFewestPeaks) return;
+    const double median = takeMedian(moved[d]);
+    const auto follows = [=](double points) { return std::fabs(points - median) < 0.5 * std::fabs(median); };
+    const auto followers = std::count_if(moved[d].begin(), moved[d].end(), follows);
+    if (std::fabs(median) < kMovedPoints || !areNearlyAll(followers, moved[d].size())) continue;
+    const std::string points = realToText(std::round(10 * median) / 10);
+    movements.emplace_back(file, what + ", by about " + points + " points in dimension " + std::to_string(d + 1));
+  }
+}
+
+void MovementCheck::tell(Findings& findings) const {
+  for (const auto& [file, text] : movements) findings.add(Findings::Measurement, file, 0, "warning: " + text);
+  for (const bool isTurned : {false, true}) {
+    for (const OddSpectrum& odd : oddSpectra) {
+      const FileFindings ofSpectrum{findings, Findings::Measurement, settings.getSpectrumFile(odd.index)};
+      const std::string text = odd.isTurned == isTurned ? describeOdd(odd) : "";
+      if (!text.empty()) ofSpectrum.add(0, "warning: ", text);
+    }
+  }
+}
+
+/// Empty where a later spectrum shows too few of the tops.
+std::string MovementCheck::describeOdd(const OddSpectrum& odd) const {
+  const auto isExpected = [&](std::size_t t) {
+    return tops[t].lastSeen > odd.index && std::min(tops[t].height, tops[t].lastHeight) >= odd.height;
+  };
+  const auto count = std::count_if(odd.tops.begin(), odd.tops.end(), isExpected);
+  const bool areMost = odd.isTurned ? areNearlyAll(count, odd.tops.size()) : 2 * count > std::ssize(tops);
+  if (!areMost || count < std::ptrdiff_t{kFewestPeaks}) return "";
+  if (odd.isTurned) {
+    return "the peaks have the other sign than in the first and in a later spectrum: was it phased alike?";
+  }
+  return std::to_string(count) + " of " + std::to_string(tops.size()) +
+         " peaks that the first and a later spectrum show are not seen here: another sample, a wrong plane or one "
+         "that was not processed?";
+}
+
+}  // namespace peakbox

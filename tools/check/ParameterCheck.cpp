@@ -1,0 +1,140 @@
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+#include "base/TextFile.h"
+#include "base/TextNumbers.h"
+#include "check/Checks.h"
+#include "check/InputFile.h"
+
+namespace peakbox {
+
+namespace {
+
+constexpr const char* kDigits = "0123456789";
+
+/// Digits, and no leading zero that would make them octal.
+bool isPlainDecimal(const std::string& text) {
+  const bool hasDigitsOnly = text.find_first_not_of(kDigits) == std::string::npos;
+  return text == "0" || (hasDigitsOnly && text[0] != '0' && text.size() < 10);
+}
+
+bool hasDecimalComma(const std::string& word) {
+  const std::size_t comma = word.find_first_not_of(kDigits, word[0] == '-' ? 1 : 0);
+  return comma != std::string::npos && comma > 0 && word[comma] == ',' && comma + 1 < word.size() &&
+         word.find_first_not_of(kDigits, comma + 1) == std::string::npos;
+}
+
+/// Reads a parameter file line by line.
+struct ParameterReader {
+  const FileFindings& findings;
+  Parameters parameters{};
+  RunSettings& settings = parameters.settings;
+  std::int64_t line = 0;
+  std::map<std::string, std::int64_t> lineOfKeyword{};
+
+  const std::vector<std::string>& tokens() const { return settings.getTokens(); }
+
+  template <typename Step>
+  bool accept(const Step& step) {
+    const std::string end = tryStep(step);
+    if (!end.empty()) findings.add(line, "error: ", end);
+    return end.empty();
+  }
+
+  void readLines(const std::string& text) {
+    const std::vector<std::string> lines = splitLines(text);
+    std::istringstream stream(text);
+    for (line = 1; !stream.fail(); ++line) {
+      const bool isGood = accept([&] { settings.parseNextLine(stream, line); });
+      if (tokens().empty()) continue;
+      std::string keyword = tokens()[0];
+      for (char& c : keyword) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+      const auto [earlier, isNew] = lineOfKeyword.emplace(keyword, line);
+      const bool isSet = keyword == "FIELD" || keyword == "BOXSIZE" || keyword == "PEAKLIST" || keyword == "TOLERANCE";
+      if (!isNew && isSet) {
+        findings.add(line, "warning: ", keyword, " again: this line counts, not line ", earlier->second);
+      }
+      earlier->second = line;
+      if (isGood && isSet) checkValue(keyword);
+      if (isGood && keyword == "SPECTRUM") checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);
+    }
+    line = 0;
+    accept([&] { settings.refuseNoSpectrum(); });
+    if (!lineOfKeyword.contains("BOXSIZE")) accept([&] { settings.getBoxSize(0); });
+    if (!lineOfKeyword.contains("PEAKLIST")) findings.add(0, "error: no PEAKLIST specified");
+  }
+
+  void checkValue(const std::string& keyword) {
+    if (keyword == "BOXSIZE") return checkBoxSize();
+    if (keyword == "TOLERANCE") return checkTolerance();
+    if (keyword == "FIELD" && findNumber(tokens()[1]) != NumberPart::All) {
+      findings.add(line, "warning: FIELD '", tokens()[1], "' is no number");
+    }
+    if (tokens().size() > 2 && tokens()[2][0] != '#') {
+      findings.add(line, "warning: only '", tokens()[1], "' counts, and not '", tokens()[2], "' behind it");
+    }
+  }
+
+  void checkBoxSize() const {
+    if (tokens().size() <= 3 && std::all_of(tokens().begin() + 1, tokens().end(), isPlainDecimal)) return;
+    std::string values;
+    for (std::size_t i = 1; i < tokens().size(); ++i) values += (i > 1 ? " " : "") + tokens()[i];
+    const std::int64_t half1 = settings.getBoxSize(0);
+    const std::int64_t half2 = settings.getBoxSize(1);
+    findings.add(line, "warning: BOXSIZE '", values, "' is read as ", half1, " and ", half2, ", a box of ",
+                 2 * half1 + 1, " x ", 2 * half2 + 1, " points; write one or two plain decimal numbers");
+  }
+
+  void checkTolerance() {
+    parameters.toleranceLine = line;
+    for (const std::string& text : {tokens()[1], tokens()[2]}) {
+      const double value = textToReal(text.c_str());
+      const bool isNumber = findNumber(text) == NumberPart::All;
+      if (!isNumber) findings.add(line, "warning: TOLERANCE '", text, "' is read as ", value, " Hz");
+      if (value < 0) findings.add(line, "warning: TOLERANCE ", text, " is negative");
+    }
+    if (tokens().size() <= 3 || findNumber(tokens()[3]) == NumberPart::None) return;
+    findings.add(line, "warning: of more than two TOLERANCE values the first two count, ", tokens()[1], " and ",
+                 tokens()[2], "; numbers have a decimal point, and a comma separates values");
+  }
+
+  void checkSpectrum(const std::string& text) const {
+    const std::vector<std::string> words = splitWords(text);
+    const auto isComment = [](const std::string& word) { return word[0] == '#'; };
+    const auto comment = std::find_if(tokens().begin() + 2, tokens().end(), isComment);
+    const auto number = std::find_if(words.begin(), words.end(), hasDecimalComma);
+    if (comment != tokens().end()) {
+      findings.add(line, "warning: '", *comment,
+                   "' begins no comment here: this and what follows count as words of the spectrum");
+    } else if (number != words.end()) {
+      findings.add(line, "warning: '", *number,
+                   "' is read as two words, since a comma separates words; write a decimal point");
+    } else if (tokens().size() > 4) {
+      findings.add(line, "warning: nothing keeps the words from '", tokens()[4], "' on: a spectrum has at most two");
+    }
+  }
+};
+
+}  // namespace
+
+Parameters readParameters(const FileFindings& findings) {
+  const std::optional<std::string> text = readText(findings);
+  if (!text) return {};
+  ParameterReader reader{findings};
+  reader.readLines(*text);
+  return reader.parameters;
+}
+
+void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const FileFindings& findings) {
+  const RunSettings& settings = parameters.settings;
+  if (settings.getSpectrumCount() < 2 || parameters.toleranceLine == 0) return;
+  for (const auto& [dim, hz] : {std::pair(0, settings.getTolerance1()), std::pair(1, settings.getTolerance2())}) {
+    const double points = axes.hzToPoints(hz, dim);
+    if (!(points > 0.0 && points < 0.999)) continue;
+    findings.add(parameters.toleranceLine, "warning: TOLERANCE of dimension ", dim + 1, ", ", hz,
+                 " Hz, is less than a point (", hz / points, " Hz) and acts as 0");
+  }
+}
+
+}  // namespace peakbox

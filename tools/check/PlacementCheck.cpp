@@ -1,0 +1,102 @@
+#include <array>
+#include <cmath>
+#include <cstdlib>
+
+#include "base/TextNumbers.h"
+#include "check/Checks.h"
+#include "peaks/LineSplitter.h"
+
+namespace peakbox {
+
+namespace {
+
+/// Whether the frequencies that a list was made for are the spectrum's the other way round; other ones are told.
+bool hasExchangedMHz(const std::string& frequencyLine, const Axes& axes, const FileFindings& findings) {
+  LineSplitter fields;
+  fields.split(frequencyLine);
+  if (fields.getFieldCount() < 2) return false;
+  const auto read = [&](int i) { return textToReal(fields.getField(i) + (*fields.getField(i) == '{')); };
+  const double listed[] = {read(0), read(1)};
+  const auto fits = [&](int i, int dim) {
+    const double own = std::fabs(axes.observeMHz[static_cast<std::size_t>(dim)]);
+    return std::fabs(listed[i] - own) <= 0.01 * own;  // people round the MHz of a list
+  };
+  if (!(listed[0] > 0 && listed[1] > 0) || (fits(0, 0) && fits(1, 1))) return false;
+  if (fits(0, 1) && fits(1, 0)) return true;
+  findings.add(5, "warning: the list was made at ", listed[0], " and ", listed[1], " MHz, but the spectrum has ",
+               axes.observeMHz[0], " and ", axes.observeMHz[1], " MHz");
+  return false;
+}
+
+/// Whether at least half of the peaks lie inside the spectrum with exchanged dimensions, and fewer as they are.
+bool hasExchangedPositions(const PeakList& list, const Axes& axes) {
+  const auto isInside = [&](int j, int dim, int target) {
+    const double point = axes.ppmToPoint(axes.pointToPpm(list.getPosition(j, dim), dim), target);
+    return point > -0.5 && point < axes.sizes[static_cast<std::size_t>(target)] - 0.5;
+  };
+  int straight = 0;
+  int exchanged = 0;
+  for (int j = 0; j < list.getCount(); ++j) {
+    straight += isInside(j, 0, 0) && isInside(j, 1, 1);
+    exchanged += isInside(j, 0, 1) && isInside(j, 1, 0);
+  }
+  return 2 * exchanged >= list.getCount() && 2 * straight < list.getCount();
+}
+
+/// Places peak j; returns why a run would end at it, or what else is wrong with its place.
+std::string place(int j, const PeakList& list, const Spectrum& spectrum, BoxTable& boxes) {
+  constexpr double kMostSizes = 1e4;  // beyond which no spectrum can mean it, and folding it would take seconds
+  for (const int dim : {0, 1}) {
+    const double reach = std::fabs(list.getPosition(j, dim)) + std::fabs(list.getBoundsWidth(j, dim));
+    const bool isFarOff = reach > kMostSizes * spectrum.getSize(dim) && std::isfinite(reach);
+    if (isFarOff) return "more than 10000 spectral widths outside the spectrum";
+  }
+  const std::string end = tryStep([&] { boxes.placeBox(j, spectrum, list); });
+  return end.empty() ? "" : "no place in the spectrum, which ends the run: " + end;
+}
+
+/// Peaks that lie next to the spectrum are folded on purpose.
+void tellFolding(const ListedPeaks& peaks, const BoxTable& boxes, const FileFindings& findings) {
+  for (std::size_t j = 0; j < peaks.entries.size(); ++j) {
+    const int peak = static_cast<int>(peaks.entries[j].position);
+    const int counts[] = {std::abs(boxes.getFoldCount1(peak)), std::abs(boxes.getFoldCount2(peak))};
+    for (const int dim : {0, 1}) {
+      if (counts[dim] < 2) continue;
+      findings.add(peaks.entries[j].line, "warning: ", peaks.getLabel(j), ": folded ", counts[dim],
+                   " times in dimension ", dim + 1, ", so that its position is probably wrong");
+    }
+  }
+}
+
+}  // namespace
+
+void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
+                    const RunSettings& settings, const FileFindings& findings) {
+  const bool frequencies = hasExchangedMHz(frequencyLine, first.getAxes(), findings);
+  if (!peaks.isUsable) return;
+  const bool positions = hasExchangedPositions(peaks.list, first.getAxes());
+  if (positions || frequencies) {
+    findings.add(2, "error: the dimensions are exchanged: the ", positions ? "positions" : "MHz of line 5",
+                 " fit the spectrum only the other way round; line 2 must name the direct dimension first, and the "
+                 "spectrum must not be transposed");
+  }
+  ListedPeaks kept{.file = peaks.file};
+  BoxTable boxes(static_cast<unsigned>(peaks.list.getCount()), settings.getTolerance1(), settings.getTolerance2());
+  for (const ListedPeaks::Entry& entry : peaks.entries) {
+    if (!entry.hasNumbers || positions) continue;
+    const int j = static_cast<int>(entry.position);
+    const std::string trouble = place(j, peaks.list, first, boxes);
+    if (trouble.empty()) {
+      kept.list.addPeak(peaks.list, j);
+      kept.entries.push_back(entry);
+    } else {
+      findings.add(entry.line, "error: ", peaks.nameOf(entry.position), ": ", trouble);
+    }
+  }
+  tellFolding(kept, boxes, findings);
+  takeMessages();
+  peaks = kept;
+  peaks.isUsable = !peaks.entries.empty();
+}
+
+}  // namespace peakbox
