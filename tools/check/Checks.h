@@ -1,11 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "check/Findings.h"
-#include "check/ListedPeaks.h"
-#include "check/MovementCheck.h"
 #include "driver/RunSettings.h"
 #include "integrate/Series.h"
 
@@ -27,6 +25,27 @@ void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const 
 void checkReport(const std::string& report, const std::string& parameterFile, const RunSettings& settings,
                  Findings& findings);
 
+/// The peaks of a list that can be read, or those of them that can be placed.
+struct ListedPeaks {
+  struct Entry {
+    std::int64_t line;
+    std::size_t position;  // in the list as it is, from 0
+    bool hasNumbers;       // in all fields that are read
+  };
+
+  std::string file{};
+  PeakList list{};
+  std::vector<Entry> entries{};  // one for each peak
+  bool isUsable = false;         // whether they can be measured
+
+  const std::string& getLabel(std::size_t j) const { return list.getLabel(static_cast<int>(j)); }
+
+  /// How a finding begins that concerns peak `j`.
+  std::string nameOf(std::size_t j) const {
+    return getLabel(j).empty() ? "peak " + std::to_string(list.getNumber(static_cast<int>(j))) : getLabel(j);
+  }
+};
+
 /// PeakListCheck: reads the list, as far as it can be read, and where the axes of the first spectrum are known returns
 /// the peaks that can be placed by them.
 ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& settings, Findings& findings);
@@ -35,6 +54,8 @@ ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& se
 /// was made for is told by `frequencyLine`, which a run does not read.
 void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
                     const RunSettings& settings, const FileFindings& findings);
+
+class MovementCheck;
 
 /// PeakFindings: puts into words what is wrong with the peaks of a series that has been measured, and how they moved.
 void tellPeaks(const Series& series, const ListedPeaks& peaks, const MovementCheck& movement,

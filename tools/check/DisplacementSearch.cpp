@@ -14,20 +14,21 @@ std::optional<Point> findDisplacement(const Spectrum& spectrum, double noise, st
   double mostShown = 0;
   std::size_t count = 0;
   Point displacement{};
-  for (std::int64_t n = 0; n < (2 * kReach + 1) * (2 * kReach + 1); ++n) {
-    const Point tried{n / (2 * kReach + 1) - kReach, n % (2 * kReach + 1) - kReach};
-    std::vector<double> shown;
-    for (const PeakTop& top : tops) {
-      const Point point{top.point[0] + tried[0], top.point[1] + tried[1]};
-      if (!spectrum.getAxes().contains(point)) continue;
-      const double value = top.sign * spectrum.getData()[point[0]][point[1]];
-      if (value > 0 && isSure(value, noise)) shown.push_back(std::min(value / top.height, 1.0));
+  for (std::int64_t a = -kReach; a <= kReach; ++a) {
+    for (std::int64_t b = -kReach; b <= kReach; ++b) {
+      std::vector<double> shown;
+      for (const PeakTop& top : tops) {
+        const Point point{top.point[0] + a, top.point[1] + b};
+        if (!spectrum.getAxes().contains(point)) continue;
+        const double value = top.sign * spectrum.getData()[point[0]][point[1]];
+        if (value > 0 && isSure(value, noise)) shown.push_back(std::min(value / top.height, 1.0));
+      }
+      const double sum = std::accumulate(shown.begin(), shown.end(), 0.0);
+      if (sum <= mostShown) continue;
+      mostShown = sum;
+      count = shown.size();
+      displacement = {a, b};
     }
-    const double sum = std::accumulate(shown.begin(), shown.end(), 0.0);
-    if (sum <= mostShown) continue;
-    mostShown = sum;
-    count = shown.size();
-    displacement = tried;
   }
   const bool isFound = count >= kFewestPeaks && count * 10 >= tops.size() * 6 && displacement != Point{};
   return isFound ? std::optional(displacement) : std::nullopt;

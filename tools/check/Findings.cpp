@@ -15,7 +15,7 @@ void Findings::add(Stage stage, const std::string& file, std::int64_t line, cons
   }
   std::string finding = line > 0 ? file + ":" + std::to_string(line) : file;
   finding += ": " + text;
-  if (finding.size() > kMost) finding = finding.substr(0, kMost) + "...";
+  if (finding.size() > kMost) finding.erase(kMost) += "...";
   stages[stage].emplace(line, showControls(finding));
 }
 

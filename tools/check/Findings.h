@@ -35,12 +35,17 @@ struct FileFindings {
   Findings::Stage stage;
   std::string file;
 
-  /// The text in parts, which are strings and numbers.
+  /// The text in parts, which are strings and numbers. Returns whether there is a finding.
+  template <typename... Parts>
+  bool addIf(bool isSo, std::int64_t line, const Parts&... parts) const {
+    std::ostringstream text;
+    if (isSo) (text << ... << parts);
+    if (isSo) all.add(stage, file, line, text.str());
+    return isSo;
+  }
   template <typename... Parts>
   void add(std::int64_t line, const Parts&... parts) const {
-    std::ostringstream text;
-    (text << ... << parts);
-    all.add(stage, file, line, text.str());
+    addIf(true, line, parts...);
   }
 };
 

@@ -43,7 +43,7 @@ std::string describeRefused(const std::string& path, SpectrumFormat wanted) {
   const bool isLink = fs::is_symlink(path, ignored);
   if (!fs::exists(path, ignored)) return isLink ? "this is a link that leads nowhere" : "there is no such file";
   if (access(path.c_str(), R_OK) != 0) return "no permission to read it";
-  const std::string foreign = describeForeign(path);
+  std::string foreign = describeForeign(path);
   if (!foreign.empty()) return foreign;
   Spectrum alone;
   const std::string end = tryStep([&] { alone.readHeader(path.c_str(), false); });
@@ -68,25 +68,22 @@ std::string describeUnusual(const std::string& path) {
 
 std::optional<std::string> readText(const FileFindings& findings) {
   const bool setsParameters = findings.stage == Findings::Parameters;
-  std::string unusual = describeUnusual(findings.file);
-  if (setsParameters && unusual == kPipe) unusual.clear();
-  std::optional<std::string> text = unusual.empty() ? readFile(findings.file) : std::nullopt;
-  if (!text) {
-    findings.add(0, "error: ", unusual.empty() ? "ERROR: Unable to open '" + findings.file + "'" : unusual);
-    return std::nullopt;
-  }
-  if (setsParameters && text->starts_with("\xef\xbb\xbf")) {
-    findings.add(1, "error: begins with a byte-order mark, as Windows editors write it; take it out");
-  }
+  std::string refusal = describeUnusual(findings.file);
+  if (setsParameters && refusal == kPipe) refusal.clear();
+  std::optional<std::string> text = refusal.empty() ? readFile(findings.file) : std::nullopt;
+  if (refusal.empty()) refusal = "ERROR: Unable to open '" + findings.file + "'";
+  if (findings.addIf(!text, 0, "error: ", refusal)) return std::nullopt;
+  findings.addIf(setsParameters && text->starts_with("\xef\xbb\xbf"), 1,
+                 "error: begins with a byte-order mark, as Windows editors write it; take it out");
   const auto first = std::find(text->begin(), text->end(), '\r');
-  if (first == text->end()) return mendLineEnds(*text);
-  findings.add(1 + std::count(text->begin(), first, '\n'),
-               "error: lines end with a carriage return (\r), as Windows writes them, and peakbox takes it for a part "
-               "of the last value; take them out, for instance with dos2unix");
+  findings.addIf(
+      first != text->end(), 1 + std::count(text->begin(), first, '\n'),
+      "error: lines end with a carriage return (\r), as Windows writes them, and peakbox takes it for a part of the "
+      "last value; take them out, for instance with dos2unix");
   // Several in a row are one, and one at the end of the file ends no line.
   const auto areTwo = [](char before, char after) { return before == '\r' && after == '\r'; };
   text->erase(std::unique(first, text->end(), areTwo), text->end());
-  if (text->back() == '\r') text->pop_back();
+  if (text->ends_with('\r')) text->pop_back();
   return mendLineEnds(*text);
 }
 

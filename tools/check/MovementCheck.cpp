@@ -11,7 +11,6 @@ namespace peakbox {
 
 namespace {
 
-/// Of some of them, or of those that `counts` chooses, whether they are nearly all.
 bool areNearlyAll(std::ptrdiff_t some, std::size_t all) { return static_cast<std::size_t>(some) * 10 >= all * 8; }
 
 }  // namespace
@@ -41,8 +40,8 @@ void MovementCheck::compareTops(int k, double noise, const Spectrum& spectrum) {
   std::array<std::vector<double>, 2> moved;
   OddSpectrum missing{k, false, 2 * kSureHeight * noise, {}};
   OddSpectrum turned{k, true, 0, {}};
-  for (PeakTop& top : tops) {
-    const auto t = static_cast<std::size_t>(&top - tops.data());
+  for (std::size_t t = 0; t < tops.size(); ++t) {
+    PeakTop& top = tops[t];
     const Point point = climb(spectrum, top.point, noise);
     const double value = top.sign * spectrum.getData()[point[0]][point[1]];
     if (!isSure(value, noise)) {

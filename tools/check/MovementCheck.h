@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "check/Checks.h"
 #include "check/DisplacementSearch.h"
 #include "check/Findings.h"
-#include "check/ListedPeaks.h"
 #include "integrate/Series.h"
 
 namespace peakbox {

@@ -38,8 +38,7 @@ struct ParameterReader {
   template <typename Step>
   bool accept(const Step& step) {
     const std::string end = tryStep(step);
-    if (!end.empty()) findings.add(line, "error: ", end);
-    return end.empty();
+    return !findings.addIf(!end.empty(), line, "error: ", end);
   }
 
   void readLines(const std::string& text) {
@@ -50,59 +49,58 @@ struct ParameterReader {
       if (tokens().empty()) continue;
       std::string keyword = tokens()[0];
       for (char& c : keyword) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-      const auto [earlier, isNew] = lineOfKeyword.emplace(keyword, line);
       const bool isSet = keyword == "FIELD" || keyword == "BOXSIZE" || keyword == "PEAKLIST" || keyword == "TOLERANCE";
-      if (!isNew && isSet) {
-        findings.add(line, "warning: ", keyword, " again: this line counts, not line ", earlier->second);
-      }
+      const auto [earlier, isNew] = lineOfKeyword.emplace(keyword, line);
+      findings.addIf(isSet && !isNew, line, "warning: ", keyword, " again: this line counts, not line ",
+                     earlier->second);
       earlier->second = line;
-      if (isGood && isSet) checkValue(keyword);
-      if (isGood && keyword == "SPECTRUM") checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);
+      if (!isGood) continue;
+      if (keyword == "BOXSIZE") checkBoxSize();
+      if (keyword == "TOLERANCE") checkTolerance();
+      if (keyword == "FIELD" || keyword == "PEAKLIST") checkOneValue(keyword == "FIELD");
+      if (keyword == "SPECTRUM") checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);
     }
     line = 0;
     accept([&] { settings.refuseNoSpectrum(); });
     if (!lineOfKeyword.contains("BOXSIZE")) accept([&] { settings.getBoxSize(0); });
-    if (!lineOfKeyword.contains("PEAKLIST")) findings.add(0, "error: no PEAKLIST specified");
+    findings.addIf(!lineOfKeyword.contains("PEAKLIST"), 0, "error: no PEAKLIST specified");
   }
 
-  void checkValue(const std::string& keyword) {
-    if (keyword == "BOXSIZE") return checkBoxSize();
-    if (keyword == "TOLERANCE") return checkTolerance();
-    if (keyword == "FIELD" && findNumber(tokens()[1]) != NumberPart::All) {
-      findings.add(line, "warning: FIELD '", tokens()[1], "' is no number");
-    }
-    if (tokens().size() > 2 && tokens()[2][0] != '#') {
-      findings.add(line, "warning: only '", tokens()[1], "' counts, and not '", tokens()[2], "' behind it");
-    }
+  void checkOneValue(bool isNumber) const {
+    const std::string& value = tokens()[1];
+    const std::string next = tokens().size() > 2 ? tokens()[2] : "#";
+    const bool isOther = isNumber && findNumber(value) != NumberPart::All;
+    findings.addIf(isOther, line, "warning: FIELD '", value, "' is no number");
+    findings.addIf(next[0] != '#', line, "warning: only '", value, "' counts, and not '", next, "' behind it");
   }
 
   void checkBoxSize() const {
-    if (tokens().size() <= 3 && std::all_of(tokens().begin() + 1, tokens().end(), isPlainDecimal)) return;
     std::string values;
     for (std::size_t i = 1; i < tokens().size(); ++i) values += (i > 1 ? " " : "") + tokens()[i];
+    const bool isPlain = tokens().size() <= 3 && std::all_of(tokens().begin() + 1, tokens().end(), isPlainDecimal);
     const std::int64_t half1 = settings.getBoxSize(0);
     const std::int64_t half2 = settings.getBoxSize(1);
-    findings.add(line, "warning: BOXSIZE '", values, "' is read as ", half1, " and ", half2, ", a box of ",
-                 2 * half1 + 1, " x ", 2 * half2 + 1, " points; write one or two plain decimal numbers");
+    findings.addIf(!isPlain, line, "warning: BOXSIZE '", values, "' is read as ", half1, " and ", half2, ", a box of ",
+                   2 * half1 + 1, " x ", 2 * half2 + 1, " points; write one or two plain decimal numbers");
   }
 
   void checkTolerance() {
     parameters.toleranceLine = line;
     for (const std::string& text : {tokens()[1], tokens()[2]}) {
       const double value = textToReal(text.c_str());
-      const bool isNumber = findNumber(text) == NumberPart::All;
-      if (!isNumber) findings.add(line, "warning: TOLERANCE '", text, "' is read as ", value, " Hz");
-      if (value < 0) findings.add(line, "warning: TOLERANCE ", text, " is negative");
+      const bool isOther = findNumber(text) != NumberPart::All;
+      findings.addIf(isOther, line, "warning: TOLERANCE '", text, "' is read as ", value, " Hz");
+      findings.addIf(value < 0, line, "warning: TOLERANCE ", text, " is negative");
     }
-    if (tokens().size() <= 3 || findNumber(tokens()[3]) == NumberPart::None) return;
-    findings.add(line, "warning: of more than two TOLERANCE values the first two count, ", tokens()[1], " and ",
-                 tokens()[2], "; numbers have a decimal point, and a comma separates values");
+    const bool areMore = tokens().size() > 3 && findNumber(tokens()[3]) != NumberPart::None;
+    findings.addIf(areMore, line, "warning: of more than two TOLERANCE values the first two count, ", tokens()[1],
+                   " and ", tokens()[2], "; numbers have a decimal point, and a comma separates values");
   }
 
   void checkSpectrum(const std::string& text) const {
-    const std::vector<std::string> words = splitWords(text);
     const auto isComment = [](const std::string& word) { return word[0] == '#'; };
     const auto comment = std::find_if(tokens().begin() + 2, tokens().end(), isComment);
+    const std::vector<std::string> words = splitWords(text);
     const auto number = std::find_if(words.begin(), words.end(), hasDecimalComma);
     if (comment != tokens().end()) {
       findings.add(line, "warning: '", *comment,
@@ -131,9 +129,8 @@ void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const 
   if (settings.getSpectrumCount() < 2 || parameters.toleranceLine == 0) return;
   for (const auto& [dim, hz] : {std::pair(0, settings.getTolerance1()), std::pair(1, settings.getTolerance2())}) {
     const double points = axes.hzToPoints(hz, dim);
-    if (!(points > 0.0 && points < 0.999)) continue;
-    findings.add(parameters.toleranceLine, "warning: TOLERANCE of dimension ", dim + 1, ", ", hz,
-                 " Hz, is less than a point (", hz / points, " Hz) and acts as 0");
+    findings.addIf(points > 0.0 && points < 0.999, parameters.toleranceLine, "warning: TOLERANCE of dimension ",
+                   dim + 1, ", ", hz, " Hz, is less than a point (", hz / points, " Hz) and acts as 0");
   }
 }
 

@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "check/Checks.h"
+#include "check/MovementCheck.h"
 #include "integrate/PeakTroubles.h"
 
 namespace peakbox {
@@ -26,75 +27,59 @@ std::string describeSpectra(const std::vector<int>& numbers) {
 /// The findings about single peaks.
 struct PeakWords {
   const Series& series;
-  const ListedPeaks& peaks;
   const RunSettings& settings;
-  Findings& findings;
-
-  template <typename... Parts>
-  void add(Findings::Stage stage, std::size_t j, const char* level, const Parts&... parts) const {
-    FileFindings{findings, stage, peaks.file}.add(peaks.entries[j].line, level, peaks.nameOf(j), ": ", parts...);
-  }
-
-  template <typename... Parts>
-  void warn(std::size_t j, const Parts&... parts) const {
-    add(Findings::Measurement, j, "warning: ", parts...);
-  }
-
-  template <typename... Parts>
-  void refuse(std::size_t j, const Parts&... parts) const {
-    add(Findings::Measurement, j, "error: ", parts...);
-  }
+  const ListedPeaks& peaks;
+  const FileFindings& findings;
 
   /// What the first spectrum shows besides troubles.
-  void tellFirst(std::size_t j) const {
+  void tellFirst(std::size_t j, const FileFindings& ofList) const {
     constexpr double kSignalHeight = 10.0;  // times the noise of a point
+    const std::int64_t line = peaks.entries[j].line;
     const auto isEmpty = [](const BoxExtent& extent) { return extent.firstPoint() > extent.lastPoint(); };
     const auto hasWidth = [&](int dim) { return peaks.list.getBoundsWidth(static_cast<int>(j), dim) > 0; };
     const auto& [area1, area2] = series.getFirstArea(j);
-    if (series.isSeen(0, j) && (isEmpty(area1) || isEmpty(area2)) && hasWidth(0) && hasWidth(1)) {
-      add(Findings::Peaks, j, "warning: ", "no data point in its search area, so that the nearest two are searched");
-    }
+    const bool hasNoPoint = series.isSeen(0, j) && (isEmpty(area1) || isEmpty(area2)) && hasWidth(0) && hasWidth(1);
+    ofList.addIf(hasNoPoint, line, "warning: ", peaks.nameOf(j),
+                 ": no data point in its search area, so that the nearest two are searched");
     const double height = series.getSighting(0, j).height;
     const double noise = series.getNoise(0);
-    if (isNoiseLabel(peaks.getLabel(j)) && noise > 0 && std::fabs(height) >= kSignalHeight * noise) {
-      warn(j, "its height ", height, " is above 10 times the noise, ", noise, ": no place for a noise peak");
-    }
+    const bool isSignal = noise > 0 && std::fabs(height) >= kSignalHeight * noise;
+    findings.addIf(isSignal && isNoiseLabel(peaks.getLabel(j)), line, "warning: ", peaks.nameOf(j), ": its height ",
+                   height, " is above 10 times the noise, ", noise, ": no place for a noise peak");
   }
 
   void tell(std::size_t j, const PeakTrouble& trouble) const {
+    const std::int64_t line = peaks.entries[j].line;
+    const std::string warning = "warning: " + peaks.nameOf(j) + ": ";
+    const std::string error = "error: " + peaks.nameOf(j) + ": ";
     const std::string spectra = describeSpectra(trouble.spectra);
-    const ListedPeaks::Entry& neighbour = peaks.entries[trouble.other];
-    const std::string other =
-        peaks.nameOf(trouble.other) + " (line " + std::to_string(neighbour.line) + ") in " + spectra;
-    switch (trouble.kind) {
-      case TroubleKind::LeavesPlane:
-        return refuse(j, "the run ends at this peak in ", spectra, ", ", describeLoss(j));
-      case TroubleKind::NoPeak:
-        return warn(j, "height ", series.getSighting(0, j).height,
-                    " is below 5 times the noise of the first spectrum, ", series.getNoise(0));
-      case TroubleKind::SamePoint:
-        return refuse(j, "measured at the same point as ", other);
-      case TroubleKind::SharesPoints:
-        return warn(j, "its box shares up to ", trouble.sharedPoints, " of ", countBoxPoints(), " points with that of ",
-                    other);
-      case TroubleKind::OnFlank:
-        return warn(j, "its point is no local extreme but on a flank in ", spectra);
+    const std::string otherLine = " (line " + std::to_string(peaks.entries[trouble.other].line) + ") in ";
+    const std::string other = peaks.nameOf(trouble.other) + otherLine + spectra;
+    const auto is = [&](TroubleKind kind) { return trouble.kind == kind; };
+    if (is(TroubleKind::LeavesPlane))
+      findings.add(line, error, "the run ends at this peak in ", spectra, ", ", describeLoss(j));
+    findings.addIf(is(TroubleKind::NoPeak), line, warning, "height ", series.getSighting(0, j).height,
+                   " is below 5 times the noise of the first spectrum, ", series.getNoise(0));
+    findings.addIf(is(TroubleKind::SamePoint), line, error, "measured at the same point as ", other);
+    if (is(TroubleKind::SharesPoints)) {
+      // Both boxes lie in the plane, so they have no more points than that.
+      const std::int64_t size1 = std::int64_t{2} * settings.getBoxSize(0) + 1;
+      const std::int64_t size2 = std::int64_t{2} * settings.getBoxSize(1) + 1;
+      findings.add(line, warning, "its box shares up to ", trouble.sharedPoints, " of ", size1 * size2,
+                   " points with that of ", other);
     }
+    findings.addIf(is(TroubleKind::OnFlank), line, warning, "its point is no local extreme but on a flank in ",
+                   spectra);
   }
 
-  /// peakbox's text has the number that the peak has among those that can be placed.
+  /// peakbox's text with the number that the peak has in the list as it is, where peaks count that cannot be placed.
   std::string describeLoss(std::size_t j) const {
     const Loss& loss = *series.getLoss(j);
-    const std::string number = "peak #" + std::to_string(j) + " ";
+    const std::string start = "peak #";
     std::string text = textOf(loss.end);
-    const std::size_t place = std::min(text.find(number), text.size());
-    text.replace(place, number.size(), "peak #" + std::to_string(peaks.entries[j].position) + " ");
+    const std::size_t place = text.find(start + std::to_string(j) + " ") + start.size();
+    text.replace(place, std::to_string(j).size(), std::to_string(peaks.entries[j].position));
     return settings.getSpectrumFile(loss.index) + (": " + text);
-  }
-
-  /// Boxes that share points lie in the plane, so they have no more points than that.
-  std::int64_t countBoxPoints() const {
-    return (std::int64_t{2} * settings.getBoxSize(0) + 1) * (std::int64_t{2} * settings.getBoxSize(1) + 1);
   }
 };
 
@@ -102,32 +87,29 @@ struct PeakWords {
 
 void tellPeaks(const Series& series, const ListedPeaks& peaks, const MovementCheck& movement,
                const RunSettings& settings, Findings& findings) {
+  const FileFindings ofList{findings, Findings::Peaks, peaks.file};
+  const FileFindings measurement{findings, Findings::Measurement, peaks.file};
+  const PeakWords words{series, settings, peaks, measurement};
   const std::vector<std::vector<PeakTrouble>> troubles = findTroubles(series, settings, peaks.list);
-  const PeakWords words{series, peaks, settings, findings};
   // In this order they count where there are more than are printed: alone by spectrum, pairs by the first peak, flanks.
-  std::vector<std::tuple<int, std::size_t, std::size_t, const PeakTrouble*>> order;
+  std::array<std::vector<std::tuple<std::size_t, std::size_t, const PeakTrouble*>>, 3> turns;
   std::size_t low = 0;
   for (std::size_t j = 0; j < troubles.size(); ++j) {
-    words.tellFirst(j);
+    words.tellFirst(j, ofList);
     for (const PeakTrouble& trouble : troubles[j]) {
       const bool isAlone = trouble.kind == TroubleKind::LeavesPlane || trouble.kind == TroubleKind::NoPeak;
-      const int turn = isAlone ? 0 : trouble.kind == TroubleKind::OnFlank ? 2 : 1;
-      const auto spectrum = static_cast<std::size_t>(trouble.spectra[0]);
-      order.emplace_back(turn, turn == 0 ? spectrum : trouble.other, j, &trouble);
+      const std::size_t turn = isAlone ? 0 : trouble.kind == TroubleKind::OnFlank ? 2 : 1;
+      turns[turn].emplace_back(isAlone ? static_cast<std::size_t>(trouble.spectra[0]) : trouble.other, j, &trouble);
       low += trouble.kind == TroubleKind::NoPeak;
     }
   }
-  std::sort(order.begin(), order.end());
-  for (const int turn : {0, 1, 2}) {
-    for (const auto& [ofTrouble, key, j, trouble] : order) {
-      if (ofTrouble == turn) words.tell(j, *trouble);
-    }
-    if (turn > 0) continue;
-    movement.tell(findings);
-    if (low < kFewestPeaks || 2 * low <= troubles.size()) continue;
-    FileFindings{findings, Findings::Measurement, peaks.file}.add(
-        0, "warning: ", low, " of ", troubles.size(),
-        " peaks are in the noise of the first spectrum: a list of another sample, or another reference?");
+  for (auto& turn : turns) {
+    std::sort(turn.begin(), turn.end());
+    for (const auto& [key, j, trouble] : turn) words.tell(j, *trouble);
+    if (&turn == &turns[0]) movement.tell(findings);
+    measurement.addIf(&turn == &turns[0] && low >= kFewestPeaks && 2 * low > troubles.size(), 0, "warning: ", low,
+                      " of ", troubles.size(),
+                      " peaks are in the noise of the first spectrum: a list of another sample, or another reference?");
   }
 }
 

@@ -40,13 +40,11 @@ struct ListReader {
 
   bool readHeader(const std::vector<std::string>& lines) {
     const std::string foreign = describeForeign(recogniseList(lines));
-    if (!foreign.empty() || lines.size() < kHeaderLines) {
-      findings.add(0, kNoList, foreign.empty() ? "fewer than six header lines" : foreign);
-      return false;
-    }
+    if (findings.addIf(!foreign.empty(), 0, kNoList, foreign)) return false;
+    if (findings.addIf(lines.size() < kHeaderLines, 0, kNoList, "fewer than six header lines")) return false;
     std::istringstream header("\n" + lines[1] + "\n\n\n\n" + lines[5] + "\n");
     const std::string end = tryStep([&] { peaks.list.readHeader(header); });
-    if (!end.empty()) findings.add(2, kNoList, "line 2 does not name two dimensions (", end, ")");
+    findings.addIf(!end.empty(), 2, kNoList, "line 2 does not name two dimensions (", end, ")");
     return end.empty() && checkColumns(lines[1], splitWords(lines[5]));
   }
 
@@ -61,20 +59,19 @@ struct ListReader {
                {list.getPositionColumn(1), name2 + ".P", "position in dimension 2"},
                {list.getBoundsColumn(1), name2 + ".B", "width in dimension 2"}};
     const auto isMissing = [](const Column& column) { return column.field == 0; };
-    if (std::all_of(columns.begin(), columns.end(), isMissing)) {
-      findings.add(6, kNoList, "none of the columns ", name1, ".L, ", name1, ".P, ", name1, ".B, ", name2, ".P and ",
-                   name2, ".B that line 2 asks for");
+    const auto missing = std::count_if(columns.begin(), columns.end(), isMissing);
+    peaks.isUsable = missing == 0;
+    if (findings.addIf(missing == 5, 6, kNoList, "none of the columns ", name1, ".L, ", name1, ".P, ", name1, ".B, ",
+                       name2, ".P and ", name2, ".B that line 2 asks for")) {
       return false;
     }
     for (std::size_t i = 0; i < names.size(); ++i) {
-      if (names[i] != "stat" || i + 1 == kDeletedColumn) continue;
-      findings.add(6, "warning: the column stat is field ", i + 2,
-                   " of a line, but peakbox looks for deleted peaks in the 18th");
+      findings.addIf(names[i] == "stat" && i + 1 != kDeletedColumn, 6, "warning: the column stat is field ", i + 2,
+                     " of a line, but peakbox looks for deleted peaks in the 18th");
     }
-    peaks.isUsable = std::none_of(columns.begin(), columns.end(), isMissing);
     for (const Column& column : columns) {
-      if (!isMissing(column)) continue;
-      findings.add(6, "error: no column ", column.name, ": the peak number would be read as the ", column.meaning);
+      findings.addIf(column.field == 0, 6, "error: no column ", column.name, ": the peak number would be read as the ",
+                     column.meaning);
     }
     return true;
   }
@@ -85,7 +82,7 @@ struct ListReader {
     const std::string end = tryStep([&] { isPeak = peaks.list.addPeak(fields, spectrum); });
     const bool isEmpty = text.find_first_not_of(" \t") == std::string::npos;
     const std::string what = isEmpty ? "empty line" : "too few fields (it begins with '" + text.substr(0, 20) + "')";
-    if (!end.empty()) findings.add(line, "error: ", what, ", which ends the run: ", end);
+    findings.addIf(!end.empty(), line, "error: ", what, ", which ends the run: ", end);
     if (!isPeak) return;
     peaks.entries.push_back({.line = line, .position = peaks.entries.size(), .hasNumbers = true});
     for (const Column& column : columns) {
@@ -99,14 +96,11 @@ struct ListReader {
     const std::string what = peaks.nameOf(entry.position) + ": " + column.meaning + " '" + text + "' is ";
     const double value = textToReal(text.c_str());
     const NumberPart part = findNumber(text);
-    if (part == NumberPart::None) {
-      entry.hasNumbers = false;
-      findings.add(entry.line, "error: ", what, "no number and is read as 0");
-    } else if (part == NumberPart::Some) {
-      findings.add(entry.line, "warning: ", what, "read as ", value);
-    } else if (column.meaning.starts_with("width") && value <= 0) {
-      findings.add(entry.line, "warning: ", what, "not above 0");
-    }
+    const bool isBadWidth = part == NumberPart::All && column.meaning.starts_with("width") && value <= 0;
+    entry.hasNumbers = entry.hasNumbers && part != NumberPart::None;
+    findings.addIf(part == NumberPart::None, entry.line, "error: ", what, "no number and is read as 0");
+    findings.addIf(part == NumberPart::Some, entry.line, "warning: ", what, "read as ", value);
+    findings.addIf(isBadWidth, entry.line, "warning: ", what, "not above 0");
   }
 
   void checkRepetition(const ListedPeaks::Entry& entry) {
@@ -114,8 +108,8 @@ struct ListReader {
     const std::string number = std::to_string(peaks.list.getNumber(static_cast<int>(entry.position)));
     const auto check = [&](const std::string& key, const std::string& what) {
       const auto [earlier, isNew] = lineOf.emplace(key, entry.line);
-      if (isNew) return;
-      findings.add(entry.line, "warning: ", label, ": the peak of line ", earlier->second, " has ", what, " too");
+      findings.addIf(!isNew, entry.line, "warning: ", label, ": the peak of line ", earlier->second, " has ", what,
+                     " too");
     };
     if (!label.empty() && !isNoiseLabel(label)) check("label " + label, "this label");
     check("number " + number, "the number " + number);
@@ -134,14 +128,12 @@ ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& se
   for (std::size_t i = kHeaderLines; i < lines.size(); ++i) reader.readPeak(lines[i], static_cast<std::int64_t>(i) + 1);
   ListedPeaks peaks = reader.peaks;
   const auto last = static_cast<std::int64_t>(lines.size());
-  if (peaks.entries.empty()) {
-    ofList.add(0, "error: no peaks");
-    peaks.isUsable = false;
-  } else if (!text->ends_with('\n') && peaks.entries.back().line == last) {
+  const bool isEmpty = ofList.addIf(peaks.entries.empty(), 0, "error: no peaks");
+  if (!isEmpty && !text->ends_with('\n') && peaks.entries.back().line == last) {
     const std::string name = peaks.nameOf(peaks.entries.size() - 1);
     ofList.add(last, "error: no newline ends the last line, so that peak ", name, " is lost");
   }
-  peaks.isUsable = peaks.isUsable && hasAxes;
+  peaks.isUsable = peaks.isUsable && hasAxes && !isEmpty;
   if (hasAxes) checkPlacement(peaks, lines[4], first, settings, ofList);
   return peaks;
 }

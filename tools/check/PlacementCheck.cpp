@@ -21,11 +21,12 @@ bool hasExchangedMHz(const std::string& frequencyLine, const Axes& axes, const F
     const double own = std::fabs(axes.observeMHz[static_cast<std::size_t>(dim)]);
     return std::fabs(listed[i] - own) <= 0.01 * own;  // people round the MHz of a list
   };
-  if (!(listed[0] > 0 && listed[1] > 0) || (fits(0, 0) && fits(1, 1))) return false;
-  if (fits(0, 1) && fits(1, 0)) return true;
-  findings.add(5, "warning: the list was made at ", listed[0], " and ", listed[1], " MHz, but the spectrum has ",
-               axes.observeMHz[0], " and ", axes.observeMHz[1], " MHz");
-  return false;
+  const bool isKnown = listed[0] > 0 && listed[1] > 0;
+  const bool isExchanged = fits(0, 1) && fits(1, 0);
+  const bool isOther = isKnown && !(fits(0, 0) && fits(1, 1));
+  findings.addIf(isOther && !isExchanged, 5, "warning: the list was made at ", listed[0], " and ", listed[1],
+                 " MHz, but the spectrum has ", axes.observeMHz[0], " and ", axes.observeMHz[1], " MHz");
+  return isOther && isExchanged;
 }
 
 /// Whether at least half of the peaks lie inside the spectrum with exchanged dimensions, and fewer as they are.
@@ -61,9 +62,8 @@ void tellFolding(const ListedPeaks& peaks, const BoxTable& boxes, const FileFind
     const int peak = static_cast<int>(peaks.entries[j].position);
     const int counts[] = {std::abs(boxes.getFoldCount1(peak)), std::abs(boxes.getFoldCount2(peak))};
     for (const int dim : {0, 1}) {
-      if (counts[dim] < 2) continue;
-      findings.add(peaks.entries[j].line, "warning: ", peaks.getLabel(j), ": folded ", counts[dim],
-                   " times in dimension ", dim + 1, ", so that its position is probably wrong");
+      findings.addIf(counts[dim] > 1, peaks.entries[j].line, "warning: ", peaks.getLabel(j), ": folded ", counts[dim],
+                     " times in dimension ", dim + 1, ", so that its position is probably wrong");
     }
   }
 }
@@ -75,23 +75,20 @@ void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const 
   const bool frequencies = hasExchangedMHz(frequencyLine, first.getAxes(), findings);
   if (!peaks.isUsable) return;
   const bool positions = hasExchangedPositions(peaks.list, first.getAxes());
-  if (positions || frequencies) {
-    findings.add(2, "error: the dimensions are exchanged: the ", positions ? "positions" : "MHz of line 5",
+  findings.addIf(positions || frequencies, 2, "error: the dimensions are exchanged: the ",
+                 positions ? "positions" : "MHz of line 5",
                  " fit the spectrum only the other way round; line 2 must name the direct dimension first, and the "
                  "spectrum must not be transposed");
-  }
   ListedPeaks kept{.file = peaks.file};
   BoxTable boxes(static_cast<unsigned>(peaks.list.getCount()), settings.getTolerance1(), settings.getTolerance2());
   for (const ListedPeaks::Entry& entry : peaks.entries) {
     if (!entry.hasNumbers || positions) continue;
     const int j = static_cast<int>(entry.position);
     const std::string trouble = place(j, peaks.list, first, boxes);
-    if (trouble.empty()) {
-      kept.list.addPeak(peaks.list, j);
-      kept.entries.push_back(entry);
-    } else {
-      findings.add(entry.line, "error: ", peaks.nameOf(entry.position), ": ", trouble);
-    }
+    const std::string name = peaks.nameOf(entry.position);
+    if (findings.addIf(!trouble.empty(), entry.line, "error: ", name, ": ", trouble)) continue;
+    kept.list.addPeak(peaks.list, j);
+    kept.entries.push_back(entry);
   }
   tellFolding(kept, boxes, findings);
   takeMessages();

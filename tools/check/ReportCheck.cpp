@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <filesystem>
 #include <fstream>
@@ -12,25 +13,26 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isReport(const std::string& file) {
-  std::ifstream stream(file);
-  std::string line;
-  if (!std::getline(stream, line)) return true;  // an empty one may become one
-  return line.starts_with("# FIELD(MHz): ") || line.starts_with("# SPECTRUM ");
-}
-
-/// Why a report cannot be written; empty where it can.
+/// What is wrong with the report; empty where nothing is.
 std::string describeRefusal(const fs::path& report) {
   std::error_code ignored;
-  if (fs::is_directory(report, ignored)) return "written: this is a folder";
-  if (fs::exists(report, ignored)) return access(report.c_str(), W_OK) == 0 ? "" : "written: no permission";
+  if (fs::is_directory(report, ignored)) return "cannot be written: this is a folder";
+  if (fs::exists(report, ignored)) {
+    if (access(report.c_str(), W_OK) != 0) return "cannot be written: no permission";
+    std::ifstream stream;
+    if (fs::is_regular_file(report, ignored)) stream.open(report);
+    std::string line;
+    std::getline(stream, line);
+    const bool isReport = !stream || line.starts_with("# FIELD(MHz): ") || line.starts_with("# SPECTRUM ");
+    return isReport ? "" : "would overwrite a file that is no report";
+  }
   // What a link points to is created.
   const bool isLink = fs::is_symlink(report, ignored);
   const fs::path target = isLink ? report.parent_path() / fs::read_symlink(report, ignored) : report;
   const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
-  if (!fs::is_directory(folder, ignored)) return "created: no such folder";
-  if (target.filename().native().size() > NAME_MAX) return "created: its name is too long";
-  return access(folder.c_str(), W_OK | X_OK) == 0 ? "" : "created: no permission in its folder";
+  if (!fs::is_directory(folder, ignored)) return "cannot be created: no such folder";
+  if (target.filename().native().size() > NAME_MAX) return "cannot be created: its name is too long";
+  return access(folder.c_str(), W_OK | X_OK) == 0 ? "" : "cannot be created: no permission in its folder";
 }
 
 }  // namespace
@@ -40,18 +42,18 @@ void checkReport(const std::string& report, const std::string& parameterFile, co
   const FileFindings ofReport{findings, Findings::Parameters, report.empty() ? "-o" : report};
   std::vector<std::string> inputs{parameterFile, settings.getPeakListFile()};
   for (int k = 0; k < settings.getSpectrumCount(); ++k) inputs.emplace_back(settings.getSpectrumFile(k));
-  std::error_code ignored;
-  for (const std::string& input : inputs) {
-    if (fs::equivalent(report, input, ignored))
-      return ofReport.add(0, "error: the report would overwrite the input ", input);
-  }
   const std::string refusal = describeRefusal(report);
-  if (report.empty()) {
+  const auto isReport = [&](const std::string& input) {
+    std::error_code ignored;
+    return fs::equivalent(report, input, ignored);
+  };
+  const auto input = std::find_if(inputs.begin(), inputs.end(), isReport);
+  if (input != inputs.end()) {
+    ofReport.add(0, "error: the report would overwrite the input ", *input);
+  } else if (report.empty()) {
     ofReport.add(0, "error: the report has no name");
-  } else if (!refusal.empty()) {
-    ofReport.add(0, "error: the report cannot be ", refusal);
-  } else if (fs::is_regular_file(report, ignored) && !isReport(report)) {
-    ofReport.add(0, "error: the report would overwrite a file that is no report");
+  } else {
+    ofReport.addIf(!refusal.empty(), 0, "error: the report ", refusal);
   }
 }
 

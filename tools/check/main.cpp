@@ -6,6 +6,7 @@
 
 #include "base/Messages.h"
 #include "check/Checks.h"
+#include "check/MovementCheck.h"
 #include "check/SpectraCheck.h"
 #include "common/Tool.h"
 
