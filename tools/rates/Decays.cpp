@@ -22,9 +22,9 @@ double estimateChance(double chi2, double freedom) {
 /// What a reader of the rate must know first; nothing where all is well.
 const char* findRemark(const std::vector<double>& values, const std::vector<double>& uncertainties,
                        const ExponentialFit& fit) {
-  const auto [least, greatest] = std::ranges::minmax(values);
+  const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
   // Noise lies on both sides of zero, and a baseline that is off a little moves all.
-  const double turned = std::max(-least, greatest) * (uncertainties.empty() ? 1.0 / 3 : 0.1);
+  const double turned = std::max(-*least, *greatest) * (uncertainties.empty() ? 1.0 / 3 : 0.1);
   bool isSeen = false;
   bool hasSign[2] = {};
   for (std::size_t n = 0; n < values.size(); ++n) {
@@ -33,7 +33,7 @@ const char* findRemark(const std::vector<double>& values, const std::vector<doub
     hasSign[values[n] > 0] |= std::fabs(values[n]) >= std::max(turned, 4 * noise);
   }
   if (!fit.hasThreeTimes) return "fewer than three distinct parameters";
-  if (least == greatest || !isSeen) return "no curve";
+  if (*least == *greatest || !isSeen) return "no curve";
   if (hasSign[0] && hasSign[1]) return "changes sign: no decay";
   if (!(fit.rateError <= std::fabs(fit.rate))) return "rate not determined";
   if (fit.rate < 0) return "grows";

@@ -76,17 +76,20 @@ ExponentialFit findMinimum(Curve& curve) {
       if (solveAmplitude(curve, rate)[1] > solveAmplitude(curve, start)[1]) start = rate;
     }
   }
-  return std::ranges::min(descend(curve, starts[0]), descend(curve, starts[1]), {}, &ExponentialFit::chi2);
+  const ExponentialFit decay = descend(curve, starts[0]);
+  const ExponentialFit rise = descend(curve, starts[1]);
+  return rise.chi2 < decay.chi2 ? rise : decay;
 }
 
 }  // namespace
 
 ExponentialFit fitExponential(const std::vector<double>& times, const std::vector<double>& values,
                               const std::vector<double>& uncertainties) {
-  const auto [first, last] = std::ranges::minmax(times);
-  const double range = last - first;
+  const double first = *std::min_element(times.begin(), times.end());
+  const double range = *std::max_element(times.begin(), times.end()) - first;
   if (!(range > 0 && std::isfinite(range))) return {};
-  const double scale = std::max(-std::ranges::min(values), std::ranges::max(values));
+  const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+  const double scale = std::max(-*least, *greatest);
   Curve curve{.times = {}, .values = {}, .weights = {}, .start = first / range};
   double second = 1;
   for (std::size_t n = 0; n < times.size(); ++n) {
