@@ -11,9 +11,11 @@ namespace {
 
 /// The probability that noise alone gives so large a Chi2 or a larger one.
 double estimateChance(double chi2, double freedom) {
-  const bool isOdd = std::fmod(freedom, 2) == 1;
-  double chance = isOdd ? std::erfc(std::sqrt(chi2 / 2)) : 0;
-  for (double k = isOdd ? 0.5 : 0; k < freedom / 2; ++k) {
+  const double least = std::fmod(freedom, 2) / 2;
+  const int terms = static_cast<int>(freedom / 2);
+  double chance = least > 0 ? std::erfc(std::sqrt(chi2 / 2)) : 0;
+  for (int n = 0; n < terms; ++n) {
+    const double k = n + least;
     chance += std::exp(k * std::log(chi2 / 2) - chi2 / 2 - std::lgamma(k + 1));
   }
   return chance;
