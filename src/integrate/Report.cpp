@@ -14,13 +14,15 @@ void BoxTable::writeSpectrumTable(int index, std::ostream& out, const RunSetting
   settings.writeParametersHeader(index, out);
 
   out << "# Num\tLabel\tPos1\tPos2\tInt\n";
+  std::string line;
   for (int j = 0; j < peaks.getCount(); ++j) {
     const std::string& label = peaks.getLabel(j);
     const double intensity = getIntensity(j);
     const double written = settings.getAbsoluteIntensity() && !isNoiseLabel(label) ? std::fabs(intensity) : intensity;
-    out << "  " + std::to_string(peaks.getNumber(j)) + "\t" + label + "\t" +
-               realToText(spectrum.pointToPpm(getExtent1(j).centre, 0)) + "\t" +
-               realToText(spectrum.pointToPpm(getExtent2(j).centre, 1)) + "\t" + realToText(written) + "\n";
+    line.assign("  ").append(std::to_string(peaks.getNumber(j))).append("\t").append(label);
+    line.append("\t").append(realToText(spectrum.pointToPpm(getExtent1(j).centre, 0)));
+    line.append("\t").append(realToText(spectrum.pointToPpm(getExtent2(j).centre, 1)));
+    out << line.append("\t").append(realToText(written)).append("\n");
   }
   out << '\n' << std::flush;
 }

@@ -17,30 +17,19 @@ LineSplitter::LineSplitter() {
 
 void LineSplitter::addDelimiter(char c) {
   delimiters += c;
-  isSpecial[static_cast<unsigned char>(c)] = true;
+  delimits[static_cast<unsigned char>(c)] = true;
 }
 
 void LineSplitter::addQuotes(char open, char close) {
   openers += open;
   closers += close;
-  isSpecial[static_cast<unsigned char>(open)] = true;
-}
-
-bool LineSplitter::isDelimiter(char c) const {
-  for (const char delimiter : delimiters) {
-    if (c == delimiter) return true;
-  }
-  return false;
+  opens[static_cast<unsigned char>(open)] = true;
 }
 
 bool LineSplitter::isOpener(char c) {
-  for (std::size_t k = 0; k < openers.size(); ++k) {
-    if (c == openers[k]) {
-      quoteIndex = k;
-      return true;
-    }
-  }
-  return false;
+  if (!opens[static_cast<unsigned char>(c)]) return false;
+  quoteIndex = openers.find(c);
+  return true;
 }
 
 bool LineSplitter::readLine(std::istream& stream) {
@@ -58,15 +47,16 @@ void LineSplitter::split(std::string text) {
 }
 
 void LineSplitter::splitLine() {
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    if (!isSpecial[static_cast<unsigned char>(line[i])]) continue;
-    if (isOpener(line[i])) {
-      while (i < line.size() && !isCloser(line[i])) ++i;
+  char* const text = line.data();
+  const std::size_t size = line.size();
+  for (std::size_t i = 0; i < size; ++i) {
+    if (isOpener(text[i])) {
+      while (i < size && !isCloser(text[i])) ++i;
     }
-    if (isDelimiter(line[i])) line[i] = '\0';  // behind the last character stands a NUL, which is none
+    if (isDelimiter(text[i])) text[i] = '\0';  // behind the last character stands a NUL, which is none
   }
-  for (std::size_t i = 0; i < line.size(); i += std::strlen(&line[i]) + 1) {
-    if (line[i] != '\0') fieldStarts.push_back(i);
+  for (std::size_t i = 0; i < size; i += std::strlen(text + i) + 1) {
+    if (text[i] != '\0') fieldStarts.push_back(i);
   }
 }
 

@@ -39,7 +39,7 @@ class LineSplitter {
  private:
   void addDelimiter(char c);
   void addQuotes(char open, char close);
-  bool isDelimiter(char c) const;
+  bool isDelimiter(char c) const { return delimits[static_cast<unsigned char>(c)]; }
   bool isOpener(char c);
   bool isCloser(char c) const { return c == closers[quoteIndex]; }
   void splitLine();
@@ -50,8 +50,9 @@ class LineSplitter {
   std::string delimiters;
   std::string openers;
   std::string closers;
-  /// By character: whether it is a delimiter or an opener, as few are.
-  std::array<bool, 256> isSpecial{};
+  /// By character: whether it is among the delimiters, and among the openers.
+  std::array<bool, 256> delimits{};
+  std::array<bool, 256> opens{};
   /// After splitting, a NUL stands for each delimiter, and a field reaches to the next NUL.
   std::string line;
   std::vector<std::size_t> fieldStarts;
