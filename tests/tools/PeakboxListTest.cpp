@@ -26,7 +26,7 @@ std::string knownPeaks(const std::string& numbers) {
       "1H.L 1H.P 1H.W 1H.B 1H.E 1H.J 1H.U 15N.L 15N.P 15N.W 15N.B 15N.E 15N.J 15N.U vol int stat comment flag0\n"
       "# {A1} 9.28125 0.0 0.04 ++ {0.0} {} {A1} 127.5 0.0 0.4 ++ {0.0} {} 0.0 0.0 0 {} 0\n"
       "# {?} 7.71875 0.0 0.04 ++ {0.0} {} {?} 115 0.0 0.4 ++ {0.0} {} 0.0 0.0 0 {} 0\n"
-      "# {C-3} 10.21875 0.0 0.04 ++ {0.0} {} {C-3} 101.25 0.0 0.4 ++ {0.0} {} 0.0 0.0 0 {} 0\n";
+      "# {C-3} 10.21875 0.0 0.04 ++ {0.0} {} {C-3} 103.75 0.0 0.4 ++ {0.0} {} 0.0 0.0 0 {} 0\n";
   for (const char number : numbers) list[list.find('#')] = number;
   return list;
 }
@@ -42,31 +42,31 @@ TEST(PeakboxList, ReadsListsOfAllKinds) {
   const Row rows[] = {
       {"Sparky",
        "      Assignment   w1    w2   Data Height\n\n A1  127.5  9.28125  1\n \f\n ?-?\t115 7.71875 2\n\n"
-       "C-3 101.25 10.21875 -3",
+       "C-3 103.75 10.21875 -3",
        "w1 = 15N, w2 = 1H"},
       {"Sparky of an old Mac",
-       "Assignment\tw1\tw2\rA1\t9.28125\t127.5\r  None\t7.71875\t115\r\t\t\v\rC-3\t10.21875\t101.25\t\r",
+       "Assignment\tw1\tw2\rA1\t9.28125\t127.5\r  None\t7.71875\t115\r\t\t\v\rC-3\t10.21875\t103.75\t\r",
        "w1 = 1H, w2 = 15N", "-b 0.04,0.4"},
       {"NMRPipe",
-       "REMARK x\nDATA X_AXIS HN 1 2\n\nVARS INDEX X_AXIS Y_PPM X_PPM ASS\nFORMAT %d\nNULLVALUE -666\nNULLSTRING no\n"
-       "\v\n 7 331.0 127.5 9.28125 A1\n 3 4 115 7.71875 no\n 5 9 101.25 10.21875 C-3\n",
+       "REMARK x\nDATA X_AXIS HN 1 2\n\nVARS X_AXIS INDEX Y_PPM X_PPM ASS\nFORMAT %d\nNULLVALUE -666\nNULLSTRING no\n"
+       "\v\n 331.0 7 127.5 9.28125 A1\n 4 3 115 7.71875 no\n 9 5 103.75 10.21875 C-3\n",
        "X_PPM = 1H, Y_PPM = 15N", "", "735"},
       {"CcpNmr",
        "\tNumber\t#\tPos F1\tAssign\tPos F2\n0\t1\t4\t9.28125\t A1\t127.5\n1\t2\t8\t7.71875\t {3}H[6]\t115\n"
-       "2\t3\t6\t10.21875\tC-3\t101.25\n",
+       "2\t3\t6\t10.21875\tC-3\t103.75\n",
        "Pos F1 = 1H, Pos F2 = 15N", R"(-c Assign,"Pos F1","Pos F2")", "486"},
       {"a spreadsheet",
        "\xef\xbb\xbf\"P, k\",1H,\"15N, ppm\",Note\r\n\"A1\",9.28125,\"127.5\",\"a\nb\"\r\n"
-       ",7.71875,115,\"x, \"\"y\"\"\"\r\n,,,\r\nC-3,10.21875,101.25,",
+       ",7.71875,115,\"x, \"\"y\"\"\"\r\n,,,\r\nC-3,10.21875,103.75,",
        "15N, ppm = 15N, 1H = 1H", R"(-c "\"P, k\",\"15N, ppm\",1H")"},
       {"peakbox",
        "\r\n" + examplePeakHeader() +
            "8 {A1 } 9.28125 0 0.04 a {} {} {} 127.5 0 0.4\n\f\n9 {?} 7.71875 0 0.04 a {} {} {} 115 0 0.4\n"
-           "4 x 1 2 3 ++ {0.0} {} x 4 5 6 ++ {0.0} {} 0.0 0.0 -1 {} 0\n7 C-3 10.21875 0 0.04 a {} {} {} 101.25 0 0.4",
+           "4 x 1 2 3 ++ {0.0} {} x 4 5 6 ++ {0.0} {} 0.0 0.0 -1 {} 0\n7 C-3 10.21875 0 0.04 a {} {} {} 103.75 0 0.4",
        "H = 1H, N = 15N", "", "897"},
       {"peakbox, the other way round",
        examplePeakHeader() + "1 A1 127.5 0 0.4 a {} {} {} 9.28125 0 0.04\n1 ? 115 0 0.4 a {} {} {} 7.71875 0 0.04\n"
-                             "2 C-3 101.25 0 0.4 a {} {} {} 10.21875 0 0.04",
+                             "2 C-3 103.75 0 0.4 a {} {} {} 10.21875 0 0.04",
        "H = 15N, N = 1H"},
   };
   for (const Row& row : rows) {
