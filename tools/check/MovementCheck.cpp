@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <optional>
 
 #include "base/RobustSpread.h"
 #include "base/TextNumbers.h"
@@ -10,6 +12,35 @@
 namespace peakbox {
 
 namespace {
+
+/// By how many points, up to 64, a plane is displaced against the one that has these tops; nothing where it shows too
+/// few of them anywhere else.
+std::optional<Point> findDisplacement(const Spectrum& spectrum, double noise, std::vector<PeakTop> tops) {
+  constexpr std::int64_t kReach = 64;
+  constexpr std::size_t kEnoughPeaks = 40;
+  tops.resize(std::min(tops.size(), kEnoughPeaks));
+  double mostShown = 0;
+  std::size_t count = 0;
+  Point displacement{};
+  for (std::int64_t a = -kReach; a <= kReach; ++a) {
+    for (std::int64_t b = -kReach; b <= kReach; ++b) {
+      std::vector<double> shown;
+      for (const PeakTop& top : tops) {
+        const Point point{top.point[0] + a, top.point[1] + b};
+        if (!spectrum.getAxes().contains(point)) continue;
+        const double value = top.sign * spectrum.getData()[point[0]][point[1]];
+        if (value > 0 && isSure(value, noise)) shown.push_back(std::min(value / top.height, 1.0));
+      }
+      const double sum = std::accumulate(shown.begin(), shown.end(), 0.0);
+      if (sum <= mostShown) continue;
+      mostShown = sum;
+      count = shown.size();
+      displacement = {a, b};
+    }
+  }
+  const bool isFound = count >= kFewestPeaks && count * 10 >= tops.size() * 6 && displacement != Point{};
+  return isFound ? std::optional(displacement) : std::nullopt;
+}
 
 bool areNearlyAll(std::ptrdiff_t some, std::size_t all) { return static_cast<std::size_t>(some) * 10 >= all * 8; }
 

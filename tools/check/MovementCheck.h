@@ -3,11 +3,20 @@
 #include <utility>
 
 #include "check/Checks.h"
-#include "check/DisplacementSearch.h"
 #include "check/Findings.h"
 #include "integrate/Series.h"
 
 namespace peakbox {
+
+/// The top of a peak in the first spectrum.
+struct PeakTop {
+  double sign;  // of its value, 1 or -1
+  Point point;
+  std::array<double, 2> exact;  // between the points
+  double height;                // without the sign
+  int lastSeen = 0;             // the last spectrum, from 0, that shows it with this sign
+  double lastHeight = 0;        // and its height there
+};
 
 /// Follows the tops of the peaks uphill from the first plane to all others, however narrow the tolerance is, and tells
 /// of planes in which most of them are elsewhere, missing or of the other sign.

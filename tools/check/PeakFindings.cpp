@@ -1,9 +1,7 @@
 #include <algorithm>
 #include <cmath>
-#include <tuple>
 
 #include "check/Checks.h"
-#include "check/MovementCheck.h"
 #include "integrate/PeakTroubles.h"
 
 namespace peakbox {
@@ -31,21 +29,24 @@ struct PeakWords {
   const ListedPeaks& peaks;
   const FileFindings& findings;
 
-  /// What the first spectrum shows besides troubles.
-  void tellFirst(std::size_t j, const FileFindings& ofList) const {
+  /// What the first spectrum shows of a peak by itself.
+  void tellFirst(std::size_t j, bool isLow, const FileFindings& ofList) const {
     constexpr double kSignalHeight = 10.0;  // times the noise of a point
     const std::int64_t line = peaks.entries[j].line;
+    const std::string warning = "warning: " + peaks.nameOf(j) + ": ";
     const auto isEmpty = [](const BoxExtent& extent) { return extent.firstPoint() > extent.lastPoint(); };
     const auto hasWidth = [&](int dim) { return peaks.list.getBoundsWidth(static_cast<int>(j), dim) > 0; };
     const auto& [area1, area2] = series.getFirstArea(j);
-    const bool hasNoPoint = series.isSeen(0, j) && (isEmpty(area1) || isEmpty(area2)) && hasWidth(0) && hasWidth(1);
-    ofList.addIf(hasNoPoint, line, "warning: ", peaks.nameOf(j),
-                 ": no data point in its search area, so that the nearest two are searched");
+    const bool hasNoPoint = (isEmpty(area1) || isEmpty(area2)) && hasWidth(0) && hasWidth(1);
+    ofList.addIf(hasNoPoint && series.isSeen(0, j), line, warning,
+                 "no data point in its search area, so that the nearest two are searched");
     const double height = series.getSighting(0, j).height;
     const double noise = series.getNoise(0);
-    const bool isSignal = noise > 0 && std::fabs(height) >= kSignalHeight * noise;
-    findings.addIf(isSignal && isNoiseLabel(peaks.getLabel(j)), line, "warning: ", peaks.nameOf(j), ": its height ",
-                   height, " is above 10 times the noise, ", noise, ": no place for a noise peak");
+    const bool isHigh = noise > 0 && std::fabs(height) >= kSignalHeight * noise;
+    findings.addIf(isHigh && isNoiseLabel(peaks.getLabel(j)), line, warning, "its height ", height,
+                   " is above 10 times the noise, ", noise, ": no place for a noise peak");
+    findings.addIf(isLow, line, warning, "height ", height, " is below 5 times the noise of the first spectrum, ",
+                   noise);
   }
 
   void tell(std::size_t j, const PeakTrouble& trouble) const {
@@ -58,8 +59,6 @@ struct PeakWords {
     const auto is = [&](TroubleKind kind) { return trouble.kind == kind; };
     if (is(TroubleKind::LeavesPlane))
       findings.add(line, error, "the run ends at this peak in ", spectra, ", ", describeLoss(j));
-    findings.addIf(is(TroubleKind::NoPeak), line, warning, "height ", series.getSighting(0, j).height,
-                   " is below 5 times the noise of the first spectrum, ", series.getNoise(0));
     findings.addIf(is(TroubleKind::SamePoint), line, error, "measured at the same point as ", other);
     if (is(TroubleKind::SharesPoints)) {
       // Both boxes lie in the plane, so they have no more points than that.
@@ -85,32 +84,21 @@ struct PeakWords {
 
 }  // namespace
 
-void tellPeaks(const Series& series, const ListedPeaks& peaks, const MovementCheck& movement,
-               const RunSettings& settings, Findings& findings) {
+void tellPeaks(const Series& series, const ListedPeaks& peaks, const RunSettings& settings, Findings& findings) {
   const FileFindings ofList{findings, Findings::Peaks, peaks.file};
   const FileFindings measurement{findings, Findings::Measurement, peaks.file};
   const PeakWords words{series, settings, peaks, measurement};
   const std::vector<std::vector<PeakTrouble>> troubles = findTroubles(series, settings, peaks.list);
-  // In this order they count where there are more than are printed: alone by spectrum, pairs by the first peak, flanks.
-  std::array<std::vector<std::tuple<std::size_t, std::size_t, const PeakTrouble*>>, 3> turns;
+  const auto isLow = [](const PeakTrouble& trouble) { return trouble.kind == TroubleKind::NoPeak; };
   std::size_t low = 0;
   for (std::size_t j = 0; j < troubles.size(); ++j) {
-    words.tellFirst(j, ofList);
-    for (const PeakTrouble& trouble : troubles[j]) {
-      const bool isAlone = trouble.kind == TroubleKind::LeavesPlane || trouble.kind == TroubleKind::NoPeak;
-      const std::size_t turn = isAlone ? 0 : trouble.kind == TroubleKind::OnFlank ? 2 : 1;
-      turns[turn].emplace_back(isAlone ? static_cast<std::size_t>(trouble.spectra[0]) : trouble.other, j, &trouble);
-      low += trouble.kind == TroubleKind::NoPeak;
-    }
+    const bool isOneLow = std::any_of(troubles[j].begin(), troubles[j].end(), isLow);
+    low += isOneLow;
+    words.tellFirst(j, isOneLow, ofList);
+    for (const PeakTrouble& trouble : troubles[j]) words.tell(j, trouble);
   }
-  for (auto& turn : turns) {
-    std::sort(turn.begin(), turn.end());
-    for (const auto& [key, j, trouble] : turn) words.tell(j, *trouble);
-    if (&turn == &turns[0]) movement.tell(findings);
-    measurement.addIf(&turn == &turns[0] && low >= kFewestPeaks && 2 * low > troubles.size(), 0, "warning: ", low,
-                      " of ", troubles.size(),
-                      " peaks are in the noise of the first spectrum: a list of another sample, or another reference?");
-  }
+  measurement.addIf(low >= kFewestPeaks && 2 * low > troubles.size(), 0, "warning: ", low, " of ", troubles.size(),
+                    " peaks are in the noise of the first spectrum: a list of another sample, or another reference?");
 }
 
 }  // namespace peakbox

@@ -56,18 +56,6 @@ std::string place(int j, const PeakList& list, const Spectrum& spectrum, BoxTabl
   return end.empty() ? "" : "no place in the spectrum, which ends the run: " + end;
 }
 
-/// Peaks that lie next to the spectrum are folded on purpose.
-void tellFolding(const ListedPeaks& peaks, const BoxTable& boxes, const FileFindings& findings) {
-  for (std::size_t j = 0; j < peaks.entries.size(); ++j) {
-    const int peak = static_cast<int>(peaks.entries[j].position);
-    const int counts[] = {std::abs(boxes.getFoldCount1(peak)), std::abs(boxes.getFoldCount2(peak))};
-    for (const int dim : {0, 1}) {
-      findings.addIf(counts[dim] > 1, peaks.entries[j].line, "warning: ", peaks.getLabel(j), ": folded ", counts[dim],
-                     " times in dimension ", dim + 1, ", so that its position is probably wrong");
-    }
-  }
-}
-
 }  // namespace
 
 void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
@@ -89,8 +77,12 @@ void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const 
     if (findings.addIf(!trouble.empty(), entry.line, "error: ", name, ": ", trouble)) continue;
     kept.list.addPeak(peaks.list, j);
     kept.entries.push_back(entry);
+    const int folds[] = {std::abs(boxes.getFoldCount1(j)), std::abs(boxes.getFoldCount2(j))};
+    for (const int dim : {0, 1}) {
+      findings.addIf(folds[dim] > 1, entry.line, "warning: ", peaks.list.getLabel(j), ": folded ", folds[dim],
+                     " times in dimension ", dim + 1, ", so that its position is probably wrong");
+    }
   }
-  tellFolding(kept, boxes, findings);
   takeMessages();
   peaks = kept;
   peaks.isUsable = !peaks.entries.empty();

@@ -42,12 +42,9 @@ void compareAxes(const Axes& axes, const Axes& first, const FileFindings& findin
     findings.addIf(std::fabs(mhz - firstMHz) > 0.01 * std::fabs(firstMHz), 0, "warning: dimension ", dim + 1,
                    " was recorded at ", mhz, " MHz, that of the first spectrum at ", firstMHz, " MHz");
     const int last = axes.sizes[d] - 1;
-    const double firstPpm = first.pointToPpm(0, dim);
-    const double lastPpm = first.pointToPpm(last, dim);
-    const double ppmPerPoint = (firstPpm - lastPpm) / std::max(last, 1);
-    const double shift1 = (axes.pointToPpm(0, dim) - firstPpm) / ppmPerPoint;
-    const double shift2 = (axes.pointToPpm(last, dim) - lastPpm) / ppmPerPoint;
-    const double worst = std::fabs(shift1) > std::fabs(shift2) ? shift1 : shift2;
+    const double ppmPerPoint = (first.pointToPpm(0, dim) - first.pointToPpm(last, dim)) / std::max(last, 1);
+    const auto shiftOf = [&](int i) { return (axes.pointToPpm(i, dim) - first.pointToPpm(i, dim)) / ppmPerPoint; };
+    const double worst = std::fabs(shiftOf(0)) > std::fabs(shiftOf(last)) ? shiftOf(0) : shiftOf(last);
     findings.addIf(std::fabs(worst) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ", worst,
                    " points from that of the first spectrum, and peaks are placed by the first");
   }

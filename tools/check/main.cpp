@@ -28,7 +28,8 @@ void checkSeries(const RunSettings& settings, SpectraCheck& spectra, const Liste
     }
     takeMessages();  // what a run would print is told in other words
   }
-  if (series) tellPeaks(*series, peaks, movement, settings, findings);
+  movement.tell(findings);
+  if (series) tellPeaks(*series, peaks, settings, findings);
 }
 
 void checkRun(const Arguments& arguments, Findings& findings) {
