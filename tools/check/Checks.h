@@ -55,8 +55,9 @@ ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& se
 void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
                     const RunSettings& settings, const FileFindings& findings);
 
-/// PeakFindings: puts into words what is wrong with the peaks of a series that has been measured.
-void tellPeaks(const Series& series, const ListedPeaks& peaks, const RunSettings& settings, Findings& findings);
+/// PeakFindings: puts into words what is wrong with the peaks of a series that has been measured, and how they moved.
+void tellPeaks(const Series& series, const ListedPeaks& peaks, const class MovementCheck& movement,
+               const RunSettings& settings, Findings& findings);
 
 /// Peaks that say something of a whole list or spectrum.
 inline constexpr std::size_t kFewestPeaks = 3;

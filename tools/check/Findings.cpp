@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "base/Messages.h"
 #include "base/TextFile.h"
 
 namespace peakbox {
@@ -24,7 +25,8 @@ bool Findings::print() const {
     for (const auto& [line, finding] : stages[k]) std::cout << finding << '\n';
     if (leftOut[k] > 0) std::cout << "peakbox-check: warning: " << leftOut[k] << " more findings of this stage\n";
   }
-  return static_cast<bool>(std::cout.flush());
+  if (!std::cout.flush()) fail("peakbox-check: the findings cannot be written\n");
+  return !hasErrors;
 }
 
 std::string textOf(const RunEnd& end) {

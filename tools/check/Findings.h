@@ -18,10 +18,8 @@ class Findings {
   /// Adds a finding about a file and, unless it is 0, a line; its text begins with "error: " or "warning: ".
   void add(Stage stage, const std::string& file, std::int64_t line, const std::string& text);
 
-  /// Prints all of them, or of a stage the first thousand and how many more there are; false when that failed.
+  /// Prints all of them, or of a stage the first thousand and how many more there are; whether there are no errors.
   bool print() const;
-
-  bool anyErrors() const { return hasErrors; }
 
  private:
   std::array<std::multimap<std::int64_t, std::string>, 4> stages;
@@ -35,17 +33,14 @@ struct FileFindings {
   Findings::Stage stage;
   std::string file;
 
-  /// The text in parts, which are strings and numbers. Returns whether there is a finding.
+  /// Adds one if it is so, its text in parts that are strings and numbers. Returns whether it is.
   template <typename... Parts>
-  bool addIf(bool isSo, std::int64_t line, const Parts&... parts) const {
+  bool add(bool isSo, std::int64_t line, const Parts&... parts) const {
+    if (!isSo) return false;
     std::ostringstream text;
-    if (isSo) (text << ... << parts);
-    if (isSo) all.add(stage, file, line, text.str());
-    return isSo;
-  }
-  template <typename... Parts>
-  void add(std::int64_t line, const Parts&... parts) const {
-    addIf(true, line, parts...);
+    (text << ... << parts);
+    all.add(stage, file, line, text.str());
+    return true;
   }
 };
 

@@ -72,11 +72,11 @@ std::optional<std::string> readText(const FileFindings& findings) {
   if (setsParameters && refusal == kPipe) refusal.clear();
   std::optional<std::string> text = refusal.empty() ? readFile(findings.file) : std::nullopt;
   if (refusal.empty()) refusal = "ERROR: Unable to open '" + findings.file + "'";
-  if (findings.addIf(!text, 0, "error: ", refusal)) return std::nullopt;
-  findings.addIf(setsParameters && text->starts_with("\xef\xbb\xbf"), 1,
-                 "error: begins with a byte-order mark, as Windows editors write it; take it out");
+  if (findings.add(!text, 0, "error: ", refusal)) return std::nullopt;
+  findings.add(setsParameters && text->starts_with("\xef\xbb\xbf"), 1,
+               "error: begins with a byte-order mark, as Windows editors write it; take it out");
   const auto first = std::find(text->begin(), text->end(), '\r');
-  findings.addIf(
+  findings.add(
       first != text->end(), 1 + std::count(text->begin(), first, '\n'),
       "error: lines end with a carriage return (\r), as Windows writes them, and peakbox takes it for a part of the "
       "last value; take them out, for instance with dos2unix");

@@ -28,8 +28,8 @@ std::optional<Point> findDisplacement(const Spectrum& spectrum, double noise, st
       for (const PeakTop& top : tops) {
         const Point point{top.point[0] + a, top.point[1] + b};
         if (!spectrum.getAxes().contains(point)) continue;
-        const double value = top.sign * spectrum.getData()[point[0]][point[1]];
-        if (value > 0 && isSure(value, noise)) shown.push_back(std::min(value / top.height, 1.0));
+        const double value = spectrum.getData()[point[0]][point[1]];
+        if (isSure(value, noise) && (value > 0) == (top.height > 0)) shown.push_back(std::min(value / top.height, 1.0));
       }
       const double sum = std::accumulate(shown.begin(), shown.end(), 0.0);
       if (sum <= mostShown) continue;
@@ -60,8 +60,7 @@ void MovementCheck::findTops(const Series& series, const Spectrum& spectrum) {
     const Sighting& found = series.getSighting(0, j);  // a lost one has no height
     if (isNoiseLabel(peaks.getLabel(j)) || !isSure(found.height, noise)) continue;
     const Point top = climb(spectrum, found.point, noise);
-    const double height = std::fabs(spectrum.getData()[top[0]][top[1]]);
-    tops.push_back({found.height < 0 ? -1.0 : 1.0, top, interpolateTop(spectrum, top), height});
+    tops.push_back({top, interpolateTop(spectrum, top), spectrum.getData()[top[0]][top[1]]});
     for (const std::size_t d : {0U, 1U}) moved[d].push_back(static_cast<double>(top[d] - found.point[d]));
   }
   noteMovement(peaks.file, "most peaks of the list are off their tops in the first spectrum", moved);
@@ -69,31 +68,29 @@ void MovementCheck::findTops(const Series& series, const Spectrum& spectrum) {
 
 void MovementCheck::compareTops(int k, double noise, const Spectrum& spectrum) {
   std::array<std::vector<double>, 2> moved;
-  OddSpectrum missing{k, false, 2 * kSureHeight * noise, {}};
-  OddSpectrum turned{k, true, 0, {}};
+  OddTops missing{2 * kSureHeight * noise, {}};
+  OddTops turned{0, {}};
   for (std::size_t t = 0; t < tops.size(); ++t) {
     PeakTop& top = tops[t];
     const Point point = climb(spectrum, top.point, noise);
-    const double value = top.sign * spectrum.getData()[point[0]][point[1]];
+    const double value = spectrum.getData()[point[0]][point[1]];
     if (!isSure(value, noise)) {
       missing.tops.push_back(t);
       continue;
     }
-    if (value > 0) {
-      top.lastSeen = k;
-      top.lastHeight = value;
-    } else {
-      turned.tops.push_back(t);
-    }
+    const bool isTurned = (value > 0) != (top.height > 0);
+    if (isTurned) turned.tops.push_back(t);
+    if (!isTurned) std::tie(top.lastSeen, top.lastHeight) = std::pair(k, value);
     const std::array<double, 2> exact = interpolateTop(spectrum, point);
     for (const std::size_t d : {0U, 1U}) moved[d].push_back(exact[d] - top.exact[d]);
   }
   if (missing.tops.size() > moved[0].size() / 2) {
     const std::optional<Point> displacement = findDisplacement(spectrum, noise, tops);
-    if (!displacement) return oddSpectra.push_back(missing);
+    if (!displacement) oddTops[{false, k}] = missing;
+    if (!displacement) return;
     for (const std::size_t d : {0U, 1U}) moved[d].assign(kFewestPeaks, static_cast<double>((*displacement)[d]));
   } else if (areNearlyAll(std::ssize(turned.tops), moved[0].size())) {
-    oddSpectra.push_back(turned);
+    oddTops[{true, k}] = turned;
   }
   noteMovement(settings.getSpectrumFile(k), "all peaks have moved against the first spectrum", moved);
 }
@@ -115,29 +112,25 @@ void MovementCheck::noteMovement(const std::string& file, const std::string& wha
 
 void MovementCheck::tell(Findings& findings) const {
   for (const auto& [file, text] : movements) findings.add(Findings::Measurement, file, 0, "warning: " + text);
-  for (const bool isTurned : {false, true}) {
-    for (const OddSpectrum& odd : oddSpectra) {
-      const FileFindings ofSpectrum{findings, Findings::Measurement, settings.getSpectrumFile(odd.index)};
-      const std::string text = odd.isTurned == isTurned ? describeOdd(odd) : "";
-      if (!text.empty()) ofSpectrum.add(0, "warning: ", text);
-    }
+  for (const auto& [key, odd] : oddTops) {
+    const FileFindings ofSpectrum{findings, Findings::Measurement, settings.getSpectrumFile(key.second)};
+    const std::string text = describeOdd(key.first, key.second, odd);
+    ofSpectrum.add(!text.empty(), 0, "warning: ", text);
   }
 }
 
 /// Empty where a later spectrum shows too few of the tops.
-std::string MovementCheck::describeOdd(const OddSpectrum& odd) const {
+std::string MovementCheck::describeOdd(bool areTurned, int k, const OddTops& odd) const {
   const auto isExpected = [&](std::size_t t) {
-    return tops[t].lastSeen > odd.index && std::min(tops[t].height, tops[t].lastHeight) >= odd.height;
+    return tops[t].lastSeen > k && std::min(std::fabs(tops[t].height), std::fabs(tops[t].lastHeight)) >= odd.height;
   };
   const auto count = std::count_if(odd.tops.begin(), odd.tops.end(), isExpected);
-  const bool areMost = odd.isTurned ? areNearlyAll(count, odd.tops.size()) : 2 * count > std::ssize(tops);
+  const bool areMost = areTurned ? areNearlyAll(count, odd.tops.size()) : 2 * count > std::ssize(tops);
   if (!areMost || count < std::ptrdiff_t{kFewestPeaks}) return "";
-  if (odd.isTurned) {
-    return "the peaks have the other sign than in the first and in a later spectrum: was it phased alike?";
-  }
-  return std::to_string(count) + " of " + std::to_string(tops.size()) +
-         " peaks that the first and a later spectrum show are not seen here: another sample, a wrong plane or one "
-         "that was not processed?";
+  return areTurned ? "the peaks have the other sign than in the first and in a later spectrum: was it phased alike?"
+                   : std::to_string(count) + " of " + std::to_string(tops.size()) +
+                         " peaks that the first and a later spectrum show are not seen here: another sample, a wrong "
+                         "plane or one that was not processed?";
 }
 
 }  // namespace peakbox

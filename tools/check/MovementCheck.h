@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <utility>
 
 #include "check/Checks.h"
@@ -8,14 +9,13 @@
 
 namespace peakbox {
 
-/// The top of a peak in the first spectrum.
+/// The top of a peak in the first spectrum, and in the last one, counted from 0, that shows it with the same sign.
 struct PeakTop {
-  double sign;  // of its value, 1 or -1
   Point point;
   std::array<double, 2> exact;  // between the points
-  double height;                // without the sign
-  int lastSeen = 0;             // the last spectrum, from 0, that shows it with this sign
-  double lastHeight = 0;        // and its height there
+  double height;
+  int lastSeen = 0;
+  double lastHeight = 0;
 };
 
 /// Follows the tops of the peaks uphill from the first plane to all others, however narrow the tolerance is, and tells
@@ -24,17 +24,15 @@ class MovementCheck {
  public:
   MovementCheck(const RunSettings& runSettings, const ListedPeaks& listed) : settings(runSettings), peaks(listed) {}
 
-  /// Takes the plane that the series has measured last; the first one comes first.
+  /// Takes the plane that the series has measured last.
   void follow(const Series& series, const Spectrum& spectrum);
 
   /// Adds what was found in all planes.
   void tell(Findings& findings) const;
 
  private:
-  /// A spectrum in which most tops are missing or turned, and the height that they are to have elsewhere to be missed.
-  struct OddSpectrum {
-    int index;
-    bool isTurned;
+  /// Tops, and the height that they are to have elsewhere to be missed.
+  struct OddTops {
     double height;
     std::vector<std::size_t> tops;
   };
@@ -42,13 +40,13 @@ class MovementCheck {
   void findTops(const Series& series, const Spectrum& spectrum);
   void compareTops(int k, double noise, const Spectrum& spectrum);
   void noteMovement(const std::string& file, const std::string& what, std::array<std::vector<double>, 2> moved);
-  std::string describeOdd(const OddSpectrum& odd) const;
+  std::string describeOdd(bool areTurned, int k, const OddTops& odd) const;
 
   const RunSettings& settings;
   const ListedPeaks& peaks;
   std::vector<PeakTop> tops;                                   // of the peaks that the first spectrum shows
   std::vector<std::pair<std::string, std::string>> movements;  // file and text
-  std::vector<OddSpectrum> oddSpectra;
+  std::map<std::pair<bool, int>, OddTops> oddTops;             // by whether they are turned or missing, and by spectrum
 };
 
 }  // namespace peakbox

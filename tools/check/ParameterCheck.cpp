@@ -25,7 +25,6 @@ bool hasDecimalComma(const std::string& word) {
          word.find_first_not_of(kDigits, comma + 1) == std::string::npos;
 }
 
-/// Reads a parameter file line by line.
 struct ParameterReader {
   const FileFindings& findings;
   Parameters parameters{};
@@ -38,7 +37,7 @@ struct ParameterReader {
   template <typename Step>
   bool accept(const Step& step) {
     const std::string end = tryStep(step);
-    return !findings.addIf(!end.empty(), line, "error: ", end);
+    return !findings.add(!end.empty(), line, "error: ", end);
   }
 
   void readLines(const std::string& text) {
@@ -51,8 +50,7 @@ struct ParameterReader {
       for (char& c : keyword) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
       const bool isSet = keyword == "FIELD" || keyword == "BOXSIZE" || keyword == "PEAKLIST" || keyword == "TOLERANCE";
       const auto [earlier, isNew] = lineOfKeyword.emplace(keyword, line);
-      findings.addIf(isSet && !isNew, line, "warning: ", keyword, " again: this line counts, not line ",
-                     earlier->second);
+      findings.add(isSet && !isNew, line, "warning: ", keyword, " again: this line counts, not line ", earlier->second);
       earlier->second = line;
       if (!isGood) continue;
       if (keyword == "BOXSIZE") checkBoxSize();
@@ -63,15 +61,15 @@ struct ParameterReader {
     line = 0;
     accept([&] { settings.refuseNoSpectrum(); });
     if (!lineOfKeyword.contains("BOXSIZE")) accept([&] { settings.getBoxSize(0); });
-    findings.addIf(!lineOfKeyword.contains("PEAKLIST"), 0, "error: no PEAKLIST specified");
+    findings.add(!lineOfKeyword.contains("PEAKLIST"), 0, "error: no PEAKLIST specified");
   }
 
   void checkOneValue(bool isNumber) const {
     const std::string& value = tokens()[1];
     const std::string next = tokens().size() > 2 ? tokens()[2] : "#";
     const bool isOther = isNumber && findNumber(value) != NumberPart::All;
-    findings.addIf(isOther, line, "warning: FIELD '", value, "' is no number");
-    findings.addIf(next[0] != '#', line, "warning: only '", value, "' counts, and not '", next, "' behind it");
+    findings.add(isOther, line, "warning: FIELD '", value, "' is no number");
+    findings.add(next[0] != '#', line, "warning: only '", value, "' counts, and not '", next, "' behind it");
   }
 
   void checkBoxSize() const {
@@ -80,8 +78,8 @@ struct ParameterReader {
     const bool isPlain = tokens().size() <= 3 && std::all_of(tokens().begin() + 1, tokens().end(), isPlainDecimal);
     const std::int64_t half1 = settings.getBoxSize(0);
     const std::int64_t half2 = settings.getBoxSize(1);
-    findings.addIf(!isPlain, line, "warning: BOXSIZE '", values, "' is read as ", half1, " and ", half2, ", a box of ",
-                   2 * half1 + 1, " x ", 2 * half2 + 1, " points; write one or two plain decimal numbers");
+    findings.add(!isPlain, line, "warning: BOXSIZE '", values, "' is read as ", half1, " and ", half2, ", a box of ",
+                 2 * half1 + 1, " x ", 2 * half2 + 1, " points; write one or two plain decimal numbers");
   }
 
   void checkTolerance() {
@@ -89,12 +87,12 @@ struct ParameterReader {
     for (const std::string& text : {tokens()[1], tokens()[2]}) {
       const double value = textToReal(text.c_str());
       const bool isOther = findNumber(text) != NumberPart::All;
-      findings.addIf(isOther, line, "warning: TOLERANCE '", text, "' is read as ", value, " Hz");
-      findings.addIf(value < 0, line, "warning: TOLERANCE ", text, " is negative");
+      findings.add(isOther, line, "warning: TOLERANCE '", text, "' is read as ", value, " Hz");
+      findings.add(value < 0, line, "warning: TOLERANCE ", text, " is negative");
     }
     const bool areMore = tokens().size() > 3 && findNumber(tokens()[3]) != NumberPart::None;
-    findings.addIf(areMore, line, "warning: of more than two TOLERANCE values the first two count, ", tokens()[1],
-                   " and ", tokens()[2], "; numbers have a decimal point, and a comma separates values");
+    findings.add(areMore, line, "warning: of more than two TOLERANCE values the first two count, ", tokens()[1],
+                 " and ", tokens()[2], "; numbers have a decimal point, and a comma separates values");
   }
 
   void checkSpectrum(const std::string& text) const {
@@ -103,13 +101,14 @@ struct ParameterReader {
     const std::vector<std::string> words = splitWords(text);
     const auto number = std::find_if(words.begin(), words.end(), hasDecimalComma);
     if (comment != tokens().end()) {
-      findings.add(line, "warning: '", *comment,
+      findings.add(true, line, "warning: '", *comment,
                    "' begins no comment here: this and what follows count as words of the spectrum");
     } else if (number != words.end()) {
-      findings.add(line, "warning: '", *number,
+      findings.add(true, line, "warning: '", *number,
                    "' is read as two words, since a comma separates words; write a decimal point");
     } else if (tokens().size() > 4) {
-      findings.add(line, "warning: nothing keeps the words from '", tokens()[4], "' on: a spectrum has at most two");
+      findings.add(true, line, "warning: nothing keeps the words from '", tokens()[4],
+                   "' on: a spectrum has at most two");
     }
   }
 };
@@ -129,8 +128,8 @@ void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const 
   if (settings.getSpectrumCount() < 2 || parameters.toleranceLine == 0) return;
   for (const auto& [dim, hz] : {std::pair(0, settings.getTolerance1()), std::pair(1, settings.getTolerance2())}) {
     const double points = axes.hzToPoints(hz, dim);
-    findings.addIf(points > 0.0 && points < 0.999, parameters.toleranceLine, "warning: TOLERANCE of dimension ",
-                   dim + 1, ", ", hz, " Hz, is less than a point (", hz / points, " Hz) and acts as 0");
+    findings.add(points > 0.0 && points < 0.999, parameters.toleranceLine, "warning: TOLERANCE of dimension ", dim + 1,
+                 ", ", hz, " Hz, is less than a point (", hz / points, " Hz) and acts as 0");
   }
 }
 

@@ -15,13 +15,6 @@ namespace {
 constexpr std::size_t kHeaderLines = 6;
 constexpr const char* kNoList = "error: not a peak list of the kind that peakbox reads: ";
 
-/// What a list of another program is; empty where that cannot be told.
-std::string describeForeign(ListKind kind) {
-  if (kind == ListKind::Sparky) return "this is a list of Sparky or POKY; peakbox-list converts it";
-  if (kind == ListKind::PipeTable) return "this is a table of NMRPipe; peakbox-list converts it";
-  return kind == ListKind::Table ? "this is a table; peakbox-list converts it" : "";
-}
-
 /// A column that a run reads: where it is, its name in line 6, and what it holds.
 struct Column {
   std::int32_t field;
@@ -29,7 +22,6 @@ struct Column {
   std::string meaning;
 };
 
-/// Reads a list line by line.
 struct ListReader {
   const Spectrum& spectrum;
   const FileFindings& findings;
@@ -39,12 +31,16 @@ struct ListReader {
   std::unordered_map<std::string, std::int64_t> lineOf{};  // labels and numbers
 
   bool readHeader(const std::vector<std::string>& lines) {
-    const std::string foreign = describeForeign(recogniseList(lines));
-    if (findings.addIf(!foreign.empty(), 0, kNoList, foreign)) return false;
-    if (findings.addIf(lines.size() < kHeaderLines, 0, kNoList, "fewer than six header lines")) return false;
+    const ListKind kind = recogniseList(lines);
+    const bool isForeign = kind != ListKind::Own && kind != ListKind::Unknown;
+    const std::string foreign = kind == ListKind::Sparky      ? "a list of Sparky or POKY"
+                                : kind == ListKind::PipeTable ? "a table of NMRPipe"
+                                                              : "a table";
+    if (findings.add(isForeign, 0, kNoList, "this is ", foreign, "; peakbox-list converts it")) return false;
+    if (findings.add(lines.size() < kHeaderLines, 0, kNoList, "fewer than six header lines")) return false;
     std::istringstream header("\n" + lines[1] + "\n\n\n\n" + lines[5] + "\n");
     const std::string end = tryStep([&] { peaks.list.readHeader(header); });
-    findings.addIf(!end.empty(), 2, kNoList, "line 2 does not name two dimensions (", end, ")");
+    findings.add(!end.empty(), 2, kNoList, "line 2 does not name two dimensions (", end, ")");
     return end.empty() && checkColumns(lines[1], splitWords(lines[5]));
   }
 
@@ -61,17 +57,17 @@ struct ListReader {
     const auto isMissing = [](const Column& column) { return column.field == 0; };
     const auto missing = std::count_if(columns.begin(), columns.end(), isMissing);
     peaks.isUsable = missing == 0;
-    if (findings.addIf(missing == 5, 6, kNoList, "none of the columns ", name1, ".L, ", name1, ".P, ", name1, ".B, ",
-                       name2, ".P and ", name2, ".B that line 2 asks for")) {
+    if (findings.add(missing == 5, 6, kNoList, "none of the columns ", name1, ".L, ", name1, ".P, ", name1, ".B, ",
+                     name2, ".P and ", name2, ".B that line 2 asks for")) {
       return false;
     }
     for (std::size_t i = 0; i < names.size(); ++i) {
-      findings.addIf(names[i] == "stat" && i + 1 != kDeletedColumn, 6, "warning: the column stat is field ", i + 2,
-                     " of a line, but peakbox looks for deleted peaks in the 18th");
+      findings.add(names[i] == "stat" && i + 1 != kDeletedColumn, 6, "warning: the column stat is field ", i + 2,
+                   " of a line, but peakbox looks for deleted peaks in the 18th");
     }
     for (const Column& column : columns) {
-      findings.addIf(column.field == 0, 6, "error: no column ", column.name, ": the peak number would be read as the ",
-                     column.meaning);
+      findings.add(column.field == 0, 6, "error: no column ", column.name, ": the peak number would be read as the ",
+                   column.meaning);
     }
     return true;
   }
@@ -82,7 +78,7 @@ struct ListReader {
     const std::string end = tryStep([&] { isPeak = peaks.list.addPeak(fields, spectrum); });
     const bool isEmpty = text.find_first_not_of(" \t") == std::string::npos;
     const std::string what = isEmpty ? "empty line" : "too few fields (it begins with '" + text.substr(0, 20) + "')";
-    findings.addIf(!end.empty(), line, "error: ", what, ", which ends the run: ", end);
+    findings.add(!end.empty(), line, "error: ", what, ", which ends the run: ", end);
     if (!isPeak) return;
     peaks.entries.push_back({.line = line, .position = peaks.entries.size(), .hasNumbers = true});
     for (const Column& column : columns) {
@@ -98,9 +94,9 @@ struct ListReader {
     const NumberPart part = findNumber(text);
     const bool isBadWidth = part == NumberPart::All && column.meaning.starts_with("width") && value <= 0;
     entry.hasNumbers = entry.hasNumbers && part != NumberPart::None;
-    findings.addIf(part == NumberPart::None, entry.line, "error: ", what, "no number and is read as 0");
-    findings.addIf(part == NumberPart::Some, entry.line, "warning: ", what, "read as ", value);
-    findings.addIf(isBadWidth, entry.line, "warning: ", what, "not above 0");
+    findings.add(part == NumberPart::None, entry.line, "error: ", what, "no number and is read as 0");
+    findings.add(part == NumberPart::Some, entry.line, "warning: ", what, "read as ", value);
+    findings.add(isBadWidth, entry.line, "warning: ", what, "not above 0");
   }
 
   void checkRepetition(const ListedPeaks::Entry& entry) {
@@ -108,8 +104,8 @@ struct ListReader {
     const std::string number = std::to_string(peaks.list.getNumber(static_cast<int>(entry.position)));
     const auto check = [&](const std::string& key, const std::string& what) {
       const auto [earlier, isNew] = lineOf.emplace(key, entry.line);
-      findings.addIf(!isNew, entry.line, "warning: ", label, ": the peak of line ", earlier->second, " has ", what,
-                     " too");
+      findings.add(!isNew, entry.line, "warning: ", label, ": the peak of line ", earlier->second, " has ", what,
+                   " too");
     };
     if (!label.empty() && !isNoiseLabel(label)) check("label " + label, "this label");
     check("number " + number, "the number " + number);
@@ -128,10 +124,10 @@ ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& se
   for (std::size_t i = kHeaderLines; i < lines.size(); ++i) reader.readPeak(lines[i], static_cast<std::int64_t>(i) + 1);
   ListedPeaks peaks = reader.peaks;
   const auto last = static_cast<std::int64_t>(lines.size());
-  const bool isEmpty = ofList.addIf(peaks.entries.empty(), 0, "error: no peaks");
+  const bool isEmpty = ofList.add(peaks.entries.empty(), 0, "error: no peaks");
   if (!isEmpty && !text->ends_with('\n') && peaks.entries.back().line == last) {
     const std::string name = peaks.nameOf(peaks.entries.size() - 1);
-    ofList.add(last, "error: no newline ends the last line, so that peak ", name, " is lost");
+    ofList.add(true, last, "error: no newline ends the last line, so that peak ", name, " is lost");
   }
   peaks.isUsable = peaks.isUsable && hasAxes && !isEmpty;
   if (hasAxes) checkPlacement(peaks, lines[4], first, settings, ofList);

@@ -24,8 +24,8 @@ bool hasExchangedMHz(const std::string& frequencyLine, const Axes& axes, const F
   const bool isKnown = listed[0] > 0 && listed[1] > 0;
   const bool isExchanged = fits(0, 1) && fits(1, 0);
   const bool isOther = isKnown && !(fits(0, 0) && fits(1, 1));
-  findings.addIf(isOther && !isExchanged, 5, "warning: the list was made at ", listed[0], " and ", listed[1],
-                 " MHz, but the spectrum has ", axes.observeMHz[0], " and ", axes.observeMHz[1], " MHz");
+  findings.add(isOther && !isExchanged, 5, "warning: the list was made at ", listed[0], " and ", listed[1],
+               " MHz, but the spectrum has ", axes.observeMHz[0], " and ", axes.observeMHz[1], " MHz");
   return isOther && isExchanged;
 }
 
@@ -63,10 +63,10 @@ void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const 
   const bool frequencies = hasExchangedMHz(frequencyLine, first.getAxes(), findings);
   if (!peaks.isUsable) return;
   const bool positions = hasExchangedPositions(peaks.list, first.getAxes());
-  findings.addIf(positions || frequencies, 2, "error: the dimensions are exchanged: the ",
-                 positions ? "positions" : "MHz of line 5",
-                 " fit the spectrum only the other way round; line 2 must name the direct dimension first, and the "
-                 "spectrum must not be transposed");
+  findings.add(positions || frequencies, 2, "error: the dimensions are exchanged: the ",
+               positions ? "positions" : "MHz of line 5",
+               " fit the spectrum only the other way round; line 2 must name the direct dimension first, and the "
+               "spectrum must not be transposed");
   ListedPeaks kept{.file = peaks.file};
   BoxTable boxes(static_cast<unsigned>(peaks.list.getCount()), settings.getTolerance1(), settings.getTolerance2());
   for (const ListedPeaks::Entry& entry : peaks.entries) {
@@ -74,13 +74,13 @@ void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const 
     const int j = static_cast<int>(entry.position);
     const std::string trouble = place(j, peaks.list, first, boxes);
     const std::string name = peaks.nameOf(entry.position);
-    if (findings.addIf(!trouble.empty(), entry.line, "error: ", name, ": ", trouble)) continue;
+    if (findings.add(!trouble.empty(), entry.line, "error: ", name, ": ", trouble)) continue;
     kept.list.addPeak(peaks.list, j);
     kept.entries.push_back(entry);
     const int folds[] = {std::abs(boxes.getFoldCount1(j)), std::abs(boxes.getFoldCount2(j))};
     for (const int dim : {0, 1}) {
-      findings.addIf(folds[dim] > 1, entry.line, "warning: ", peaks.list.getLabel(j), ": folded ", folds[dim],
-                     " times in dimension ", dim + 1, ", so that its position is probably wrong");
+      findings.add(folds[dim] > 1, entry.line, "warning: ", peaks.list.getLabel(j), ": folded ", folds[dim],
+                   " times in dimension ", dim + 1, ", so that its position is probably wrong");
     }
   }
   takeMessages();

@@ -49,11 +49,11 @@ void checkReport(const std::string& report, const std::string& parameterFile, co
   };
   const auto input = std::find_if(inputs.begin(), inputs.end(), isReport);
   if (input != inputs.end()) {
-    ofReport.add(0, "error: the report would overwrite the input ", *input);
+    ofReport.add(true, 0, "error: the report would overwrite the input ", *input);
   } else if (report.empty()) {
-    ofReport.add(0, "error: the report has no name");
+    ofReport.add(true, 0, "error: the report has no name");
   } else {
-    ofReport.addIf(!refusal.empty(), 0, "error: the report ", refusal);
+    ofReport.add(!refusal.empty(), 0, "error: the report ", refusal);
   }
 }
 

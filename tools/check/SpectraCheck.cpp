@@ -17,8 +17,8 @@ bool hasAxes(const Spectrum& spectrum, const FileFindings& findings) {
   for (const int dim : {0, 1}) {
     const bool isEmpty = spectrum.getSize(dim) == 0;
     const bool isWrong = !isEmpty && !spectrum.getAxes().isUsable(dim);
-    findings.addIf(isEmpty, 0, "error: dimension ", dim + 1, " has no data points");
-    findings.addIf(isWrong, 0, "error: the sweep width or the frequency of dimension ", dim + 1, " is 0 or no number");
+    findings.add(isEmpty, 0, "error: dimension ", dim + 1, " has no data points");
+    findings.add(isWrong, 0, "error: the sweep width or the frequency of dimension ", dim + 1, " is 0 or no number");
   }
   return spectrum.getAxes().isUsable(0) && spectrum.getAxes().isUsable(1);
 }
@@ -28,9 +28,9 @@ bool isWhole(const Spectrum& spectrum, const FileFindings& findings) {
   const std::uintmax_t bytes = std::filesystem::file_size(findings.file, failed);
   const std::uintmax_t wanted = FileHeader::kSize + 4 * spectrum.countDataWords();
   if (failed) return true;
-  findings.addIf(bytes > wanted, 0, "warning: more data than one plane holds (", bytes - wanted,
-                 " bytes more): of a cube only the first plane is measured; peakbox-planes writes all of them");
-  return !findings.addIf(bytes < wanted, 0, "error: truncated: ", wanted - bytes, " bytes are missing at its end");
+  findings.add(bytes > wanted, 0, "warning: more data than one plane holds (", bytes - wanted,
+               " bytes more): of a cube only the first plane is measured; peakbox-planes writes all of them");
+  return !findings.add(bytes < wanted, 0, "error: truncated: ", wanted - bytes, " bytes are missing at its end");
 }
 
 /// Compares the axes with those of the first spectrum, by which peaks are placed.
@@ -39,14 +39,14 @@ void compareAxes(const Axes& axes, const Axes& first, const FileFindings& findin
     const auto d = static_cast<std::size_t>(dim);
     const double mhz = axes.observeMHz[d];
     const double firstMHz = first.observeMHz[d];
-    findings.addIf(std::fabs(mhz - firstMHz) > 0.01 * std::fabs(firstMHz), 0, "warning: dimension ", dim + 1,
-                   " was recorded at ", mhz, " MHz, that of the first spectrum at ", firstMHz, " MHz");
+    findings.add(std::fabs(mhz - firstMHz) > 0.01 * std::fabs(firstMHz), 0, "warning: dimension ", dim + 1,
+                 " was recorded at ", mhz, " MHz, that of the first spectrum at ", firstMHz, " MHz");
     const int last = axes.sizes[d] - 1;
     const double ppmPerPoint = (first.pointToPpm(0, dim) - first.pointToPpm(last, dim)) / std::max(last, 1);
     const auto shiftOf = [&](int i) { return (axes.pointToPpm(i, dim) - first.pointToPpm(i, dim)) / ppmPerPoint; };
     const double worst = std::fabs(shiftOf(0)) > std::fabs(shiftOf(last)) ? shiftOf(0) : shiftOf(last);
-    findings.addIf(std::fabs(worst) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ", worst,
-                   " points from that of the first spectrum, and peaks are placed by the first");
+    findings.add(std::fabs(worst) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ", worst,
+                 " points from that of the first spectrum, and peaks are placed by the first");
   }
 }
 
@@ -65,7 +65,7 @@ bool SpectraCheck::readFirstHeader() {
 bool SpectraCheck::check(int k) {
   const FileFindings ofFile{findings, Findings::Spectra, settings.getSpectrumFile(k)};
   const std::string unusual = describeUnusual(ofFile.file);
-  ofFile.addIf(!unusual.empty(), 0, unusual == kPipe ? "warning: " : "error: ", unusual);
+  ofFile.add(!unusual.empty(), 0, unusual == kPipe ? "warning: " : "error: ", unusual);
   return unusual.empty() && load(k, ofFile) && checkHeader(ofFile) && checkContents(k, ofFile);
 }
 
@@ -76,19 +76,19 @@ bool SpectraCheck::load(int k, const FileFindings& ofFile) {
     if (!hasFirstHeader) spectrum.readHeader(ofFile.file.c_str(), false);
     if (hasFirstHeader || k > 0) spectrum.loadData(ofFile.file.c_str(), false);
   });
-  if (!end.empty()) return !ofFile.addIf(true, 0, "error: ", end, explainRefusal(ofFile.file, wanted));
+  if (!end.empty()) return !ofFile.add(true, 0, "error: ", end, explainRefusal(ofFile.file, wanted));
   return hasFirstHeader || (k == 0 && hasAxes(spectrum, ofFile));
 }
 
 bool SpectraCheck::checkHeader(const FileFindings& ofFile) const {
   if (!hasAxes(spectrum, ofFile)) return false;
   const std::string order = spectrum.describeOrder();
-  ofFile.addIf(!order.empty(), 0, "error: ", order);
+  ofFile.add(!order.empty(), 0, "error: ", order);
   const bool isSound = isWhole(spectrum, ofFile) && order.empty();
   if (order.empty() && isFirstInOrder) compareAxes(spectrum.getAxes(), firstAxes, ofFile);
   for (const int dim : {0, 1}) {
-    ofFile.addIf(spectrum.isComplex(dim), 0, "warning: complex data in dimension ", dim + 1,
-                 ", of which the real values are measured");
+    ofFile.add(spectrum.isComplex(dim), 0, "warning: complex data in dimension ", dim + 1,
+               ", of which the real values are measured");
   }
   return isSound;
 }
@@ -96,14 +96,14 @@ bool SpectraCheck::checkHeader(const FileFindings& ofFile) const {
 bool SpectraCheck::checkContents(int k, const FileFindings& ofFile) {
   const PlaneContents contents(spectrum);
   const double value = spectrum.getData()[0][0];
-  ofFile.addIf(contents.notFinite > 0, 0, "warning: ", contents.notFinite, " values are NaN or infinite");
-  ofFile.addIf(contents.isConstant && value == 0, 0, "warning: nothing but zeros");
-  ofFile.addIf(contents.isConstant && value != 0, 0, "warning: all values are ", value);
+  ofFile.add(contents.notFinite > 0, 0, "warning: ", contents.notFinite, " values are NaN or infinite");
+  ofFile.add(contents.isConstant && value == 0, 0, "warning: nothing but zeros");
+  ofFile.add(contents.isConstant && value != 0, 0, "warning: all values are ", value);
   if (contents.isConstant) return false;
-  ofFile.addIf(contents.zeroRows * 8 > spectrum.getSize(1), 0, "warning: the last ", contents.zeroRows, " of ",
-               spectrum.getSize(1), " rows are nothing but zeros: did its processing end early?");
+  ofFile.add(contents.zeroRows * 8 > spectrum.getSize(1), 0, "warning: the last ", contents.zeroRows, " of ",
+             spectrum.getSize(1), " rows are nothing but zeros: did its processing end early?");
   const int same = spectrumOfContents.emplace(contents.fingerprint, k).first->second;
-  ofFile.addIf(same != k, 0, "error: the same data as spectrum ", same + 1, ", ", settings.getSpectrumFile(same));
+  ofFile.add(same != k, 0, "error: the same data as spectrum ", same + 1, ", ", settings.getSpectrumFile(same));
   return true;
 }
 

@@ -4,7 +4,6 @@
 #include <new>
 #include <optional>
 
-#include "base/Messages.h"
 #include "check/Checks.h"
 #include "check/MovementCheck.h"
 #include "check/SpectraCheck.h"
@@ -28,8 +27,7 @@ void checkSeries(const RunSettings& settings, SpectraCheck& spectra, const Liste
     }
     takeMessages();  // what a run would print is told in other words
   }
-  movement.tell(findings);
-  if (series) tellPeaks(*series, peaks, settings, findings);
+  if (series) tellPeaks(*series, peaks, movement, settings, findings);
 }
 
 void checkRun(const Arguments& arguments, Findings& findings) {
@@ -51,19 +49,16 @@ int run(const Arguments& arguments) {
   try {
     checkRun(arguments, findings);
   } catch (const RunEnd& end) {  // a file that was replaced meanwhile
-    ofRun.add(0, "error: ", textOf(end));
+    ofRun.add(true, 0, "error: ", textOf(end));
   } catch (const std::bad_alloc&) {
-    ofRun.add(0, "error: not enough memory for the rest of the check");
+    ofRun.add(true, 0, "error: not enough memory for the rest of the check");
   }
-  if (!findings.print()) fail("peakbox-check: the findings cannot be written\n");
-  return findings.anyErrors() ? 1 : 0;
+  return findings.print() ? 0 : 1;
 }
 
 }  // namespace
 
 }  // namespace peakbox
-
-int peakboxCheck(int count, char** words);
 
 int peakboxCheck(int count, char** words) {
   return peakbox::runTool({"peakbox-check", "[-o REPORT] PARAMETER-FILE", "o:", peakbox::run}, count, words);
