@@ -184,7 +184,7 @@ std::string makePeakList() {
   for (const Line& line : kLines) {
     ++number;
     const double offset = number % 2 == 0 ? 0.8 : -0.7;  // picked by hand, the positions are a little off the maxima
-    const auto write = [](double (*value)(const Axis&)) -> std::array<std::string, 2> {
+    const auto inBoth = [](double (*value)(const Axis&)) -> std::array<std::string, 2> {
       return {peakbox::realToText(value(kAxis1)), peakbox::realToText(value(kAxis2))};
     };
     text += peakbox::writeListLine(
@@ -192,8 +192,8 @@ std::string makePeakList() {
          .label = std::string(line.label),
          .ppm = {peakbox::realToText(kAxis1.ppm(line.point1 + offset)),
                  peakbox::realToText(kAxis2.ppm(line.point2 - offset))},
-         .bounds = write([](const Axis& axis) { return axis.searchWidth * axis.ppmPerPoint(); }),
-         .lineWidth = write([](const Axis& axis) { return 2.355 * axis.lineWidth * axis.ppmPerPoint(); })});
+         .bounds = inBoth([](const Axis& axis) { return axis.searchWidth * axis.ppmPerPoint(); }),
+         .lineWidth = inBoth([](const Axis& axis) { return 2.355 * axis.lineWidth * axis.ppmPerPoint(); })});
   }
   return text;
 }

@@ -91,13 +91,14 @@ struct Row {
 };
 
 void expectFindings(const std::vector<Row>& rows) {
-  for (const auto& [name, damage, lines] : rows) {
+  for (const Row& row : rows) {
     Files files = makeSeries();
-    damage.apply(files);
+    row.damage.apply(files);
+    const std::string& lines = row.lines;
     const std::string found = findIn(files);
     const bool isAsLong = std::count(found.begin(), found.end(), '\n') == std::count(lines.begin(), lines.end(), '\n');
     const bool fits = isAsLong && fnmatch(lines.c_str(), found.c_str(), FNM_NOESCAPE) == 0;
-    EXPECT_TRUE(fits) << name << " gives\n" << found << "and not\n" << lines;
+    EXPECT_TRUE(fits) << row.name << " gives\n" << found << "and not\n" << lines;
   }
 }
 

@@ -1,181 +1,165 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <sstream>
-#include <tuple>
-#include <vector>
 
 #include "support/ExampleRun.h"
 
 namespace peakbox::test {
+namespace {
 
 using Files = std::map<std::string, std::string>;
 
-const std::vector<double> kTimes{0.5, 0, 1, 2, 4};
-// Intensities of A1 and, times -1, of B2, and their uncertainties.
+// Intensities of A, their uncertainties, and times.
 const std::vector<double> kDecay{790, 1010, 640, 350, 160};
 const std::vector<double> kNoise{10, 20, 10, 10, 20};
+const std::vector<double> kTimes{0.5, 0, 1, 2, 4};
+const std::string kHarmful = "B 2''`\"\\@red";  // which gnuplot could take for something else
 
-// A label with all that gnuplot could take for something else.
-const std::string kHarmful = "B 2''`\"\\";
+double fit(std::size_t k) { return 1000 * std::exp(-0.5 * kTimes[k]); }
 
-/// A series of single points, so that an intensity is the value of its point.
-Files makeSeries(const std::vector<std::string>& parameters) {
+/// The value of a point in spectrum k. C is twice as high as A, but in the third spectrum both are found between them.
+/// B is A turned over, and one point farther on in the last spectrum.
+double valueAt(std::size_t k, int i, int j) {
+  const double height = kDecay[k];
+  if (j == 6 && i >= 5 && i <= 7) return k == 2 ? (i == 6) * height : (i == 5) * height + (i == 7) * 2 * height;
+  if (j == 3 && i == (k == 4 ? 11 : 10)) return -height;
+  return i == 3 && j == 9 ? 60 : 2 * ((i + j) % 3 - 1);
+}
+
+/// Runs a command with a series of single points, and a gnuplot that keeps what it gets.
+std::string plot(const std::string& command, const std::vector<double>& times = kTimes, const Files& more = {}) {
   Files files{
-      {"peaks.xpk", examplePeakHeader() + examplePeakLine({.number = "1", .label = "{A_1}"}) +
-                        examplePeakLine({.number = "2", .label = "{" + kHarmful + "}", .ppm1 = "5", .ppm2 = "8"}) +
-                        examplePeakLine({.number = "3", .label = "{noise3}", .ppm1 = "12", .ppm2 = "2"})}};
-  std::string& settings = files["run.par"];
-  settings = "PEAKLIST peaks.xpk\nBOXSIZE 0\nTOLERANCE 100 50\n";
-  std::string& noise = files["noise"];
-  noise = "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n";
-  for (std::size_t k = 0; k < parameters.size(); ++k) {
+      {"gnuplot", "#!/bin/sh\ncat \"$2\" >text\necho %%EOF\n"},
+      {"run.par", "PEAKLIST peaks.xpk\nBOXSIZE 0\nTOLERANCE 100 50\n"},
+      {"noise", "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n"},
+      {"rates",
+       "Num\tLabel\tR\tR_err\tR_scaled\tA\tA_err\tChi2\tDof\tRemark\n"
+       "1\tA\u03b2\t0.5\t0.01\t0.0213\t1000\t12\t17.4238\t3\tpoor fit\n22\t" +
+           kHarmful + "\tnan\tnan\tnan\tnan\tnan\tnan\t3\t\n4\tC\tnan\tnan\tnan\tnan\tnan\tnan\t3\t\n"},
+      {"peaks.xpk", examplePeakHeader() + examplePeakLine({.number = "1", .label = "A\u03b2"}) +
+                        examplePeakLine({.number = "22", .label = "{" + kHarmful + "}", .ppm1 = "5", .ppm2 = "8"}) +
+                        examplePeakLine({.number = "3", .label = "noise3", .ppm1 = "12", .ppm2 = "2"}) +
+                        examplePeakLine({.number = "4", .label = "C", .ppm1 = "8"})}};
+  for (std::size_t k = 0; k < times.size(); ++k) {
     const std::string number = std::to_string(k + 1);
     Plane plane = examplePlane();
-    plane.value = [k](int i, int j) {
-      const auto height = static_cast<float>(kDecay[k]);
-      if (i == 5 && j == 6) return height;
-      if (i == 10 && j == 3) return -height;
-      const bool isSlope = j == 10 && i > 9 && i < 13;
-      return static_cast<float>(isSlope ? 100 * i : i * j % 7 - 3);
-    };
+    plane.value = [k](int i, int j) { return static_cast<float>(valueAt(k, i, j)); };
     files[std::string("s").append(number)] = writePipe(plane);
-    settings.append("SPECTRUM s").append(number).append(" ").append(parameters[k]).append("\n");
-    noise.append(number).append("\t").append(std::to_string(kNoise[k])).append("\t1\t192\t190\n");
+    files["run.par"] += "SPECTRUM s" + number + " " + std::to_string(times[k]) + "\n";
+    files["noise"] += number + "\t" + std::to_string(kNoise[k]) + "\t1\t192\t190\n";
   }
-  return files;
+  for (const auto& [name, text] : more) files[name] += text;
+  return runExample(files, "sh -c 'chmod +x gnuplot; peakbox -i run.par -o r; " + command + "'");
 }
 
-std::vector<std::string> kParameters{"0.5", "0", "1", "2", "4"};
-
-std::string plot(const Files& files, const std::string& command) {
-  return runExample(files, "sh -c 'peakbox -i run.par -o r && " + command + "'");
+/// What stands between a start and an end in all lines of a text that have these.
+std::string findBetween(const std::string& text, const std::string& start, const std::string& end) {
+  std::string found;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    const bool isOne = line.starts_with(start) && line.ends_with(end);
+    if (isOne) found += line.substr(start.size(), line.size() - start.size() - end.size()) + "; ";
+  }
+  return found;
 }
 
-/// The sum of squares that the best A exp(-R t) of this R leaves.
-double sumSquares(double rate, const std::vector<double>& uncertainties) {
-  double above = 0;
-  double below = 0;
-  for (std::size_t k = 0; k < kTimes.size(); ++k) {
-    const double shape = std::exp(-rate * kTimes[k]) / uncertainties[k];
-    above += shape * kDecay[k] / uncertainties[k];
-    below += shape * shape;
-  }
-  double sum = 0;
-  for (std::size_t k = 0; k < kTimes.size(); ++k) {
-    sum += std::pow((kDecay[k] - above / below * std::exp(-rate * kTimes[k])) / uncertainties[k], 2);
-  }
-  return sum;
-}
-
-/// A test of pictures needs what draws them and what reads them.
-class PeakboxPlot : public testing::Test {
- protected:
-  void SetUp() override {
-    if (std::system("command -v gnuplot pdftotext pdfinfo >/dev/null") != 0)
-      GTEST_SKIP() << "gnuplot or poppler is missing";
-  }
-};
-
-TEST_F(PeakboxPlot, GivesTheRatesOfAnIndependentFit) {
-  // kTimes in some unit and from some start, the unit, and whether the noise is given.
-  const std::tuple<std::vector<std::string>, double, bool> rows[] = {
-      {kParameters, 1, true}, {kParameters, 1, false}, {{"9500", "9000", "10000", "11000", "13000"}, 1000, true}};
-  for (const auto& [parameters, unit, hasNoise] : rows) {
-    const std::vector<double> weights = hasNoise ? kNoise : std::vector<double>(kTimes.size(), 1.0);
-    double best = 0.01;
-    for (double rate = 0.01; rate < 3; rate += 1e-5) {
-      if (sumSquares(rate, weights) < sumSquares(best, weights)) best = rate;
-    }
-    const double least = sumSquares(best, weights);
-    const double step = 1e-3;
-    const double curvature =
-        (sumSquares(best + step, weights) - 2 * least + sumSquares(best - step, weights)) / (step * step);
-    const double error = std::sqrt(2 / curvature * (hasNoise ? 1 : least / 3));
-
-    // A user's own settings of gnuplot do not count.
-    const std::string end =
-        plot(makeSeries(parameters), std::string("echo set datafile separator comma >.gnuplot; HOME=. peakbox-plot ") +
-                                         (hasNoise ? "-n noise" : "") + " -f run.par r o.pdf");
-    const std::string start = outcome(
-        0, "", "(no file)",
-        std::string("# Label\tRate\tError") + (hasNoise ? "" : " (from the scatter)") + "\tChi2\tDegreesOfFreedom\n");
-    ASSERT_TRUE(end.starts_with(start)) << end;
-    std::istringstream lines(end.substr(start.size()));
-    for (const std::string& label : {std::string("A_1"), kHarmful}) {
-      std::string found;
-      std::string line;
-      std::getline(lines, found, '\t');
-      std::getline(lines, line);
-      EXPECT_EQ(found, label);
-      std::istringstream numbers(line);
-      double values[4] = {};
-      for (double& value : values) numbers >> value;
-      EXPECT_NEAR(values[0] * unit, best, 1e-4);
-      EXPECT_NEAR(values[1] * unit / error, 1, 0.02);
-      EXPECT_NEAR(values[2] / least, 1, 1e-4);
-      EXPECT_EQ(values[3], 3);
-      EXPECT_TRUE(numbers.eof());
-    }
-  }
-}
-
-TEST_F(PeakboxPlot, RemarksOnFitsThatShowNothing) {
-  const std::string head = "# Label\tRate\tError (from the scatter)\tChi2\tDegreesOfFreedom\n";
-  const std::string few = "\tfewer than three distinct parameters\n";
-  EXPECT_EQ(plot(makeSeries({"1", "1.0", "1"}), "peakbox-plot -f run.par r o.pdf"),
-            outcome(0, "", "(no file)", head + "A_1\tnan\tnan\tnan\t1" + few + kHarmful + "\tnan\tnan\tnan\t1" + few));
-  const std::string end = plot(makeSeries({"0", "0", "1", "1"}), "peakbox-plot -f run.par r o.pdf | grep -c few");
-  EXPECT_EQ(end, outcome(0, "", "(no file)", "2\n"));
-}
-
-TEST_F(PeakboxPlot, HasAPageForTwelvePeaks) {
-  Files files = makeSeries({"a", "b"});
-  files["peaks.xpk"] += examplePeakLine({.label = "{flank}", .ppm1 = "4", .width1 = "0.5", .ppm2 = "1"});
-  for (int n = 0; n < 9; ++n) files["peaks.xpk"] += examplePeakLine({.number = "9", .label = "{twin}"});
-  EXPECT_EQ(plot(files,
-                 "peakbox-plot run.par r o.pdf && pdfinfo o.pdf | grep Pages | tr -d \" \"; pdftotext o.pdf text; "
-                 "for t in A_1 noise3 \"D1 (ppm), 100 MHz\" \"same point as A_1, spectrum 1\" "
-                 "\"same point as twin, spectrum 1\" \"edge of search area, spectrum 1\" "
-                 "spectrum \"first: a\" \"last: b\"; do grep -qF \"$t\" text || "
-                 "echo no $t; done"),
-            outcome(0, "", "(no file)", "Pages:3\n"));
-  for (const std::string format : {"png", "svg"}) {
-    EXPECT_EQ(plot(files, "peakbox-plot -n noise run.par r o." + format + " && ls o-*"),
-              outcome(0, "", "(no file)", "o-1." + format + "\no-2." + format + "\no-3." + format + "\n"));
-  }
-}
-
-TEST_F(PeakboxPlot, RefusesWhatIsNotOfTheRun) {
-  const std::string other = ": this is the report of another run, or its files have changed since";
-  const std::pair<std::string, std::string> rows[] = {
-      {"sed -i s/790/791/ r", "r: line 4 is not what a run of run.par writes" + other},
-      {"echo >>r", "r: line 36 is not what a run of run.par writes" + other},
-      {"head -n 8 r >x && mv x r", "r: is incomplete: it ends within the run of run.par"},
-      {"rm r", "r: cannot be read"},
-      {"head -n 3 noise >x && mv x noise", "noise: has the noise of 2 spectra, and the run has 5"},
-      {"head -c -3 noise >x && mv x noise", "noise: line 6: not a whole line of peakbox-noise"},
-      {"sed -i s/192/91/ noise", "noise: line 2: the noise of boxes of another size, or of other spectra"},
-      {": >r", "r: is incomplete: it ends within the run of run.par"},
-      {"mkdir o.pdf", "o.pdf: cannot be written"},
-      {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r",
-       "run.par: the parameter '5ms' of spectrum 1 is not a number, and -f needs one"},
+TEST(PeakboxPlot, GivesGnuplotWhatIsMeasured) {
+  const std::string text = plot("PATH=.:$PATH peakbox-plot -n noise -f rates run.par r o.pdf && cat text");
+  // Point i of dimension 1 lies at 15 - i ppm, j of dimension 2 at 11 - j. A and C come first, as they are in trouble,
+  // in the first, the third and the last spectrum; B and noise3 are drawn in the first and in the last one.
+  const std::string a = "10.5,5.5 to 9.5,4.5; 9.5,5.5 to 8.5,4.5; 10.5,5.5 to 9.5,4.5; ";
+  const std::string c = "8.5,5.5 to 7.5,4.5; 9.5,5.5 to 8.5,4.5; 8.5,5.5 to 7.5,4.5; ";
+  const std::string bAndNoise = "5.5,8.5 to 4.5,7.5; 4.5,8.5 to 3.5,7.5; 12.5,2.5 to 11.5,1.5; 12.5,2.5 to 11.5,1.5; ";
+  const std::string levels = "-142.2,213.3,-213.3,319.95,-319.95,479.925,-479.925,719.8875,-719.8875,1; ";
+  const std::string same = "C, in 1 of 5 spectra; poor fit; A\u03b2, in 1 of 5 spectra; ";
+  const std::string box = "set object rectangle from ";
+  const std::string border = " clip fillstyle empty border @";
+  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+      {"boxes of cells", box, border + "own", a + c + a + bAndNoise + c},
+      {"boxes of the map", box, border + "calm", "5.5,8.5 to 4.5,7.5; 12.5,2.5 to 11.5,1.5; "},
+      {"its boxes in trouble", box, border + "troubled", "10.5,5.5 to 9.5,4.5; 8.5,5.5 to 7.5,4.5; "},
+      {"search areas of B", box + "6,9", border + "area", " to 4,7;  to 4,7; "},
+      {"across", "set xrange [1", "]",
+       "2.9:4.1; 6:4; 6:4; 6:4; 4:2; 4:2; 4:2; 6:4; 6:4; 6:4; 1:-1; 1:-1; 8:6; 8:6; 4:2; 4:2; 4:2; "},
+      {"up", "set yrange [8", "]", ".85:1.15; :-4; :-4; "},
+      {"points", "12 15 14 13 12 11 10 9 8 7 6 5 4", "", "; ; ; ; ; ; "},
+      {"their values", "5 -2 0 2 -2 0 790 0 1580 2 -2 0 2", "", "; ; "},
+      {"contours", "levels = '3160,63.2,-63.2,94.8,-94.8,142.2,", "079.83125,-1079.83125'", levels + levels + levels},
+      {"line to A", "set arrow from graph 0.38636", "middle",
+       "3636364,0.5 to graph 0.440936363636,0.5 back nohead linecolor rgb ; "},
+      {"spectra", "title = \"no. 3: 1", "\"", ".000000; .000000; .000000; .000000; "},
+      {"names", "name = \"22   B", "\"", " 2''\\140\\042\\134@red; "},
+      {"remarks", "remark = \"same point as ", "\"", same + same},
+      {"peaks in trouble", "troubledPeaks = ", "", "\"in trouble: A\u03b2, C\"; "},
+      {"rate", "result = 'R = 0.500 \u00b1 0.021,  \u03c7\u00b2/dof = ", "'", "5.81; 5.81; "},
+      {"start of the fit", "0 1000", "", "; ; "},
   };
-  for (const auto& [damage, message] : rows) {
-    EXPECT_EQ(
-        plot(makeSeries(kParameters), damage + "; peakbox-plot -n noise -f run.par r o.pdf; echo $?; test -f o.pdf"),
-        outcome(1, "peakbox-plot: " + message + "\n", "(no file)", "1\n"))
+  for (const auto& [name, start, end, expected] : rows) EXPECT_EQ(findBetween(text, start, end), expected) << name;
+  for (std::size_t k = 0; k < kTimes.size(); ++k) {
+    std::ostringstream start;
+    start << kTimes[k] << " " << kDecay[k] << " " << kNoise[k] << " ";
+    const std::string residual = findBetween(text, start.str(), k == 2 ? " 1" : " 0");
+    EXPECT_NEAR(std::strtod(residual.c_str(), nullptr), kDecay[k] - fit(k), 1e-6) << "residual " << k;
+  }
+  // A and B differ by 220 between two spectra at 0, C by 440: 2 (2 x 110^2 + 220^2) / 3 is the square of 220.
+  const std::string ofRepeats = plot("PATH=.:$PATH peakbox-plot -r run.par r o.pdf && cat text", {0, 0, 1, 2, 4});
+  EXPECT_EQ(findBetween(ofRepeats, "1 640 ", " 0 1"), "220; 220; 220; 220; ");
+}
+
+TEST(PeakboxPlot, DrawsAllPages) {
+  if (std::system("command -v gnuplot pdftotext pdfinfo >/dev/null") != 0) GTEST_SKIP() << "no gnuplot or poppler";
+  Files more{{"labels", "A\u03b2\n" + kHarmful + "\nnoise3\n"}};
+  for (int n = 0; n < 10; ++n) {
+    const std::string label = "noise-" + std::to_string(n);
+    more["peaks.xpk"] +=
+        examplePeakLine({"9", label, std::to_string(14 - 3 * (n % 5)), "0.2", n < 5 ? "10" : "0", "0.2", ""});
+    more["labels"] += label + "\n";
+  }
+  // The parameters come through a pipe, and a user's own settings of gnuplot do not count. All cells follow the map and
+  // the page of peaks in trouble.
+  const std::string command =
+      "rm gnuplot; echo set datafile separator comma >.gnuplot; export HOME=$PWD GNUTERM=none; "
+      "cat run.par | peakbox-plot /dev/stdin r o.pdf; pdfinfo o.pdf | grep -o Pages.*; pdftotext -f 3 o.pdf t; "
+      "while read -r label; do grep -qF \"$label\" t || echo no $label; done <labels; pdftotext -l 1 o.pdf t; "
+      "grep -F -e \"page 1 of\" -e \"D1 (ppm)\" t";
+  EXPECT_EQ(plot(command, kTimes, more),
+            outcome(0, "", "(no file)", "Pages:           4\nD1 (ppm), 100 MHz\npage 1 of 4\n"));
+}
+
+TEST(PeakboxPlot, LeavesNothingOfWhatFails) {
+  const std::tuple<std::string, std::string, int> rows[] = {
+      {"sed -i s/790/791/ r",
+       "r: line 4 is not what a run of run.par writes: this is the report of another run, or its files have changed "
+       "since",
+       1},
+      {"head -n 8 r >x; mv x r", "r: is incomplete: it ends within the run of run.par", 1},
+      {"rm r", "r: cannot be read", 1},
+      {"head -n 3 noise >x; mv x noise", "noise: has the noise of 2 spectra, and r has 5 spectra", 1},
+      {"sed -i s/192/91/ noise", "noise: line 2: the noise of boxes of another size, or of other spectra", 1},
+      {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r", "run.par: not all first parameters are numbers, and -f needs them", 1},
+      {"sed -i s/^4/5/ rates", "rates: line 4: not that of peak 4 of r", 1},
+      {"sed -i s/1000/1001/ rates", "rates: line 2: r gives another Chi2 with these uncertainties", 1},
+      {"ln s4 o.pdf", "o.pdf: is the input s4", 1},
+      {"mkdir o.pdf", "o.pdf: cannot be written", 1},
+      {"echo \"echo oops >&2; exit 1\" >gnuplot", "gnuplot: oops", 1},
+      {"echo echo half >gnuplot", "gnuplot: ended early", 1},
+      {"none=/none", "gnuplot: cannot be run; the Debian package is gnuplot-nox", 1},
+      {"echo kill -TERM \\$PPID >gnuplot", "", 143},
+  };
+  for (const auto& [damage, message, status] : rows) {
+    EXPECT_EQ(plot("p=$(command -v peakbox-plot); " + damage +
+                   "; touch a e text; ls >a; PATH=${none-.:$PATH} "
+                   "$p -n noise -f rates run.par r o.pdf & wait $! 2>e; echo $?; ls | diff a -"),
+              outcome(0, message.empty() ? "" : "peakbox-plot: " + message + "\n", "(no file)",
+                      std::to_string(status) + "\n"))
         << damage;
   }
-  EXPECT_EQ(plot(makeSeries(kParameters), "rm s4; peakbox-plot run.par r o.pdf; test -f o.pdf"),
-            outcome(1, "Unable to open datafile s4\n"));
-  for (const std::string arguments : {"run.par r", "-x run.par r o.pdf", "run.par r o.ps"}) {
-    const std::string reason = arguments.ends_with(".ps") ? "o.ps: the ending must be .pdf, .png or .svg\n" : "";
-    EXPECT_EQ(runExample({}, "peakbox-plot " + arguments),
-              outcome(2, (reason.empty() ? "" : "peakbox-plot: " + reason) +
-                             "usage: peakbox-plot [-n NOISE] [-f] PARAMETER-FILE REPORT OUTPUT.(pdf|png|svg)\n"));
+  for (const std::string arguments : {"run.par r", "run.par r o.ps", "-n noise -r run.par r o.pdf"}) {
+    const std::string usage = "usage: peakbox-plot [-n NOISE | -r] [-f RATES] PARAMETER-FILE REPORT OUTPUT.pdf\n";
+    EXPECT_EQ(runExample({}, "peakbox-plot " + arguments), outcome(2, usage)) << arguments;
   }
 }
 
+}  // namespace
 }  // namespace peakbox::test

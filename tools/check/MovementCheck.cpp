@@ -86,8 +86,10 @@ void MovementCheck::compareTops(int k, double noise, const Spectrum& spectrum) {
   }
   if (missing.tops.size() > moved[0].size() / 2) {
     const std::optional<Point> displacement = findDisplacement(spectrum, noise, tops);
-    if (!displacement) oddTops[{false, k}] = missing;
-    if (!displacement) return;
+    if (!displacement) {
+      oddTops[{false, k}] = missing;
+      return;
+    }
     for (const std::size_t d : {0U, 1U}) moved[d].assign(kFewestPeaks, static_cast<double>((*displacement)[d]));
   } else if (areNearlyAll(std::ssize(turned.tops), moved[0].size())) {
     oddTops[{true, k}] = turned;

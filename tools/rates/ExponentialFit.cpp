@@ -39,8 +39,9 @@ int calculate(void* data, int, int, const double* x, double* deviations, double*
   for (std::size_t n = 0; n < curve.times.size(); ++n) {
     const double shape = curve.shape(n, x[1]);
     if (wanted == 1) deviations[n] = x[0] * shape - curve.weights[n] * curve.values[n];
-    if (wanted == 2) derivatives[n] = shape;
-    if (wanted == 2) derivatives[static_cast<std::size_t>(rows) + n] = -x[0] * (curve.times[n] - curve.origin) * shape;
+    if (wanted != 2) continue;
+    derivatives[n] = shape;
+    derivatives[static_cast<std::size_t>(rows) + n] = -x[0] * (curve.times[n] - curve.origin) * shape;
   }
   return 0;
 }
