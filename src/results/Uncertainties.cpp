@@ -67,7 +67,8 @@ std::vector<double> poolRepeats(const Report& report) {
   const std::string& name = report.getName();
   if (freedom == 0) refuse(name, "-r needs spectra that repeat a parameter, and peaks other than noise in them");
   if (squares == 0) refuse(name, "-r finds repeats that do not differ at all: is a spectrum named twice?");
-  return std::vector<double>(report.getSpectra().size(), std::sqrt(squares / static_cast<double>(freedom)));
+  std::vector<double> uncertainties(report.getSpectra().size(), std::sqrt(squares / static_cast<double>(freedom)));
+  return uncertainties;
 }
 
 }  // namespace peakbox

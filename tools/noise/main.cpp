@@ -21,7 +21,7 @@ namespace {
 
 using namespace peakbox;
 
-constexpr std::int64_t kMostSums = 2048 * 1024;
+constexpr std::int64_t kMostSums = std::int64_t{2048} * 1024;
 
 /// The sums of boxes of one size that lie side by side over the plane.
 struct BoxSums {
