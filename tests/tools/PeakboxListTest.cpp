@@ -52,7 +52,7 @@ TEST(PeakboxList, ReadsListsOfAllKinds) {
        "\v\n 331.0 7 127.5 9.28125 A1\n 4 3 115 7.71875 no\n 9 5 103.75 10.21875 C-3\n",
        "X_PPM = 1H, Y_PPM = 15N", "", "735"},
       {"CcpNmr",
-       "\n\tNumber\t#\tPos F1\tAssign\tPos F2\n0\t1\t4\t9.28125\t A1\t127.5\n1\t2\t8\t7.71875\t {3}H[6]\t115\n"
+       "\n\tNumber\t#\tPos F1\tAssign\tPos F2\n0\t1\t4\t9.28125\t\001A1\t127.5\n1\t2\t8\t7.71875\t {3}H[6]\t115\n"
        "2\t3\t6\t10.21875\tC-3\t103.75\n",
        "Pos F1 = 1H, Pos F2 = 15N", R"(-c Assign,"Pos F1","Pos F2")", "486"},
       {"a spreadsheet",
@@ -65,9 +65,9 @@ TEST(PeakboxList, ReadsListsOfAllKinds) {
            "4 x 1 2 3 ++ {0.0} {} x 4 5 6 ++ {0.0} {} 0.0 0.0 -1 {} 0\n7 C-3 10.21875 0 0.04 a {} {} {} 103.75 0 0.4",
        "H = 1H, N = 15N", "", "897"},
       {"peakbox, the other way round",
-       examplePeakHeader() + "1 A1 127.5 0 0.4 a {} {} {} 9.28125 0 0.04\n1 ? 115 0 0.4 a {} {} {} 7.71875 0 0.04\n"
-                             "2 C-3 103.75 0 0.4 a {} {} {} 10.21875 0 0.04",
-       "H = 15N, N = 1H"},
+       "N.L N.P N.W N.B stat H.L H.P H.W H.B\n1 A1 127.5 0 0.4 0 A1 9.28125 0 0.04\n1 ? 115 0 0.4 0 ? 7.71875 0 0.04\n"
+       "2 x 1 0 1 -1 x 2 0 1\n3 C-3 103.75 0 0.4 0 C-3 10.21875 0 0.04",
+       "N = 15N, H = 1H"},
   };
   for (const auto& [name, list, columns, options, numbers] : rows) {
     const std::string unusual = "; 1 without assignment; 1 outside the spectrum, to be folded\n";
