@@ -69,11 +69,11 @@ TEST(PeakboxList, ReadsListsOfAllKinds) {
        "2 x 1 0 1 -1 x 2 0 1\n3 C-3 103.75 0 0.4 0 C-3 10.21875 0 0.04",
        "N = 15N, H = 1H"},
   };
-  for (const auto& [name, list, columns, options, numbers] : rows) {
+  for (const Row& row : rows) {
     const std::string unusual = "; 1 without assignment; 1 outside the spectrum, to be folded\n";
-    EXPECT_EQ(runExample({{"list", list}, {"a.ft2", spectrum()}}, "peakbox-list " + options + " -s a.ft2 list"),
-              outcome(0, "list: 3 peaks, " + columns + unusual, "(no file)", knownPeaks(numbers)))
-        << name;
+    EXPECT_EQ(runExample({{"list", row.list}, {"a.ft2", spectrum()}}, "peakbox-list " + row.options + " -s a.ft2 list"),
+              outcome(0, "list: 3 peaks, " + row.columns + unusual, "(no file)", knownPeaks(row.numbers)))
+        << row.name;
   }
 }
 
