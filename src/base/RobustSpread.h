@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <vector>
 
 namespace peakbox {
@@ -9,18 +8,16 @@ namespace peakbox {
 /// one.
 double takeMedian(std::vector<double>& values);
 
-/// Centre and standard deviation of Gaussian noise, estimated from values of which the outliers are signal.
+/// The standard deviation of Gaussian noise around 0, and how much more there is in its tails than noise leaves there:
+/// 1 for noise alone.
 struct Spread {
-  double centre = 0.0;
   double deviation = 0.0;
-  std::size_t used = 0;
+  double tail = 1.0;
 };
 
-/// Median, and 1.4826 times the median absolute deviation; both 0 without values. All values are to be finite.
-Spread takeMedianSpread(std::vector<double> values);
-
-/// Mean and standard deviation of the values within three standard deviations of the mean, begun with the median's
-/// spread and repeated until nothing changes. All values are to be finite.
-Spread estimateClippedSpread(const std::vector<double>& values);
+/// From values of which the outliers are signal: what lies within twice the deviation, lowered by as much as the tails
+/// tell that outliers are among that, too. All values are to be finite. A deviation of 0 without values, and where a
+/// quarter of them is 0.
+Spread estimateSpread(std::vector<double> values);
 
 }  // namespace peakbox

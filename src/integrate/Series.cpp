@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "integrate/Uphill.h"
-#include "spectrum/PointNoise.h"
+#include "spectrum/PlaneNoise.h"
 
 namespace peakbox {
 
@@ -18,7 +18,7 @@ Series::Series(const RunSettings& settings, const Spectrum& first, const PeakLis
 
 void Series::measure(int index, const Spectrum& spectrum) {
   indices.push_back(index);
-  noise.push_back(estimatePointNoise(spectrum, index == 0 ? 1 << 18 : 1 << 14));
+  noise.push_back(estimatePointNoise(spectrum, 1 << 14));
   std::vector<Sighting>& seen = sightings.emplace_back(losses.size());
   for (std::size_t j = 0; j < losses.size(); ++j) {
     if (losses[j]) continue;

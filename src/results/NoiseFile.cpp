@@ -1,7 +1,6 @@
 #include "results/NoiseFile.h"
 
-#include <algorithm>
-#include <array>
+#include <cstdlib>
 #include <optional>
 
 #include "base/Refusal.h"
@@ -12,48 +11,54 @@ namespace peakbox {
 
 namespace {
 
-constexpr std::size_t kFields = 5;
+constexpr std::size_t kFields = 7;
 
-/// The numbers of a line; nothing where they are not those of the spectrum with this number.
-std::optional<std::array<double, kFields>> readNumbers(std::string_view line, std::size_t number) {
+std::string writeSize(const std::array<std::int64_t, 2>& size) {
+  return std::to_string(size[0]).append("x").append(std::to_string(size[1]));
+}
+
+/// The noise that a line holds; nothing where it is not that of the spectrum with this number.
+std::optional<SpectrumNoise> readNoise(std::string_view line, std::size_t number) {
   const std::vector<std::string_view> fields = splitFields(line, '\t');
-  std::array<double, kFields> numbers{};
-  if (fields.size() != kFields) return std::nullopt;
-  for (std::size_t n = 0; n < kFields; ++n) {
-    const std::optional<double> value = textToDecimal(std::string(fields[n]));
+  if (fields.size() != kFields || fields[0] != std::to_string(number) || fields[6].empty()) return std::nullopt;
+  std::array<double, 4> numbers{};
+  for (std::size_t n = 0; n < numbers.size(); ++n) {
+    const std::optional<double> value = textToDecimal(std::string(fields[n + 1]));
     if (!value || !(*value > 0)) return std::nullopt;
     numbers[n] = *value;
   }
-  if (fields[0] != std::to_string(number) || std::max(numbers[3], numbers[4]) >= 0x1p63) return std::nullopt;
-  return numbers;
+  const std::string size(fields[5]);
+  char* behind = nullptr;
+  const std::int64_t size1 = std::strtoll(size.c_str(), &behind, 10);
+  const std::int64_t size2 = *behind == 'x' ? std::strtoll(behind + 1, nullptr, 10) : 0;
+  if (size1 <= 0 || size2 <= 0 || writeSize({size1, size2}) != size) return std::nullopt;
+  return SpectrumNoise{numbers[0], numbers[1], numbers[2], numbers[3], {size1, size2}, std::string(fields[6])};
 }
 
 }  // namespace
 
-std::string writeNoiseHeader() { return "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n"; }
+std::string writeNoiseHeader() { return "# Spectrum\tBoxNoise\tError\tTail\tPointNoise\tBox\tFile\n"; }
 
 std::string writeNoiseLine(int number, const SpectrumNoise& noise) {
-  return std::to_string(number) + "\t" + realToText(noise.box) + "\t" + realToText(noise.point) + "\t" +
-         std::to_string(noise.boxCount) + "\t" + std::to_string(noise.used) + "\n";
+  std::string line = std::to_string(number);
+  for (const double value : {noise.box, noise.error, noise.tail, noise.point}) line.append("\t").append(realToText(value));
+  return line.append("\t").append(writeSize(noise.size)).append("\t").append(noise.file).append("\n");
 }
 
-std::vector<SpectrumNoise> readNoiseFile(const std::string& path, std::size_t spectrumCount, const std::string& owner) {
+std::vector<SpectrumNoise> readNoiseFile(const std::string& path) {
   const std::optional<std::string> bytes = readFile(path);
   if (!bytes) refuse(path, "cannot be read");
   const std::string text = mendLineEnds(*bytes);
   const std::vector<std::string> lines = splitLines(text);
+  const bool isOlder = text.starts_with("# Spectrum\tBoxNoise\tPointNoise");
+  if (isOlder) refuse(path, "this is of an older peakbox-noise, which took signal for noise; run peakbox-noise again");
   if (lines.empty() || lines[0] + "\n" != writeNoiseHeader()) refuse(path, "this is no file of peakbox-noise");
   std::vector<SpectrumNoise> noise;
   for (std::size_t n = 1; n < lines.size(); ++n) {
     const bool isCut = n + 1 == lines.size() && !text.ends_with('\n');
-    const auto numbers = isCut ? std::nullopt : readNumbers(lines[n], n);
-    if (!numbers) refuse(path, "line " + std::to_string(n + 1) + ": not a whole line of peakbox-noise");
-    const auto& [number, box, point, boxCount, used] = *numbers;
-    noise.push_back({box, point, static_cast<std::int64_t>(boxCount), static_cast<std::int64_t>(used)});
-  }
-  if (noise.size() != spectrumCount) {
-    refuse(path, "has the noise of " + std::to_string(noise.size()) + " spectra, and " + owner + " has " +
-                     std::to_string(spectrumCount) + " spectra");
+    const std::optional<SpectrumNoise> ofSpectrum = isCut ? std::nullopt : readNoise(lines[n], n);
+    if (!ofSpectrum) refuse(path, "line " + std::to_string(n + 1) + ": not a whole line of peakbox-noise");
+    noise.push_back(*ofSpectrum);
   }
   return noise;
 }

@@ -37,10 +37,24 @@ std::map<std::pair<Word, Word>, std::vector<std::size_t>> findRepeats(const Repo
 
 }  // namespace
 
-std::vector<double> readUncertainties(const std::string& noiseFile, const Report& report) {
+std::vector<double> readUncertainties(const std::string& noiseFile, const Report& report,
+                                      const std::array<std::int64_t, 2>& box) {
+  const std::vector<SpectrumNoise> noise = readNoiseFile(noiseFile);
+  const std::vector<Report::Spectrum>& spectra = report.getSpectra();
+  if (noise.size() != spectra.size()) {
+    refuse(noiseFile, "has the noise of " + std::to_string(noise.size()) + " spectra, and " + report.getName() +
+                          " has " + std::to_string(spectra.size()) + " spectra");
+  }
   std::vector<double> uncertainties;
-  for (const SpectrumNoise& noise : readNoiseFile(noiseFile, report.getSpectra().size(), report.getName())) {
-    uncertainties.push_back(noise.box);
+  for (std::size_t s = 0; s < noise.size(); ++s) {
+    const std::string place = "line " + std::to_string(s + 2) + ": ";
+    if (noise[s].file != spectra[s].file) {
+      refuse(noiseFile, place + "the noise of " + noise[s].file + ", and spectrum " + std::to_string(s + 1) + " of " +
+                            report.getName() + " is " + std::string(spectra[s].file));
+    }
+    const bool isOtherBox = box[0] != 0 && box != noise[s].size;
+    if (isOtherBox) refuse(noiseFile, place + "the noise of another box; run peakbox-noise again");
+    uncertainties.push_back(noise[s].box);
   }
   return uncertainties;
 }

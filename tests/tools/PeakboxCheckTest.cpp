@@ -32,7 +32,8 @@ const Signals kSignals{{20, 10, 1000}, {40, 30, 800}, {12, 34, -900}};
 /// first rows are filled.
 Plane makePlane(int number, float shift1 = 0, float shift2 = 0, const Signals& signals = kSignals, int rows = 48) {
   const auto value = [=](int i, int j) {
-    const int scatter = (i * 7919 + j * 104729 + number * 31337) % 2001;
+    const auto n = static_cast<unsigned>(i + 64 * (j + 48 * number));
+    const unsigned scatter = (n * 2654435761U ^ n * 40503U >> 3) % 2001;
     float sum = static_cast<float>(scatter) / 1000.0f - 1.0f;
     for (const auto& [top1, top2, height] : signals) {
       const float di = static_cast<float>(i) - top1 - shift1;

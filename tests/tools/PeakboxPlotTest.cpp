@@ -24,7 +24,7 @@ double valueAt(std::size_t k, int i, int j) {
   const double height = kDecay[k];
   if (j == 6 && i >= 5 && i <= 7) return k == 2 ? (i == 6) * height : (i == 5) * height + (i == 7) * 2 * height;
   if (j == 3 && i == (k == 4 ? 11 : 10)) return -height;
-  return i == 3 && j == 9 ? 60 : 2 * ((i + j) % 3 - 1);
+  return i == 3 && j == 9 ? 60 : 2 * ((i * i + j * j * j) % 5 % 3 - 1);
 }
 
 /// Runs a command with a series of single points, and a gnuplot that keeps what it gets.
@@ -32,7 +32,7 @@ std::string plot(const std::string& command, const std::vector<double>& times = 
   Files files{
       {"gnuplot", "#!/bin/sh\ncat \"$2\" >text\necho %%EOF\n"},
       {"run.par", "PEAKLIST peaks.xpk\nBOXSIZE 0\nTOLERANCE 100 50\n"},
-      {"noise", "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n"},
+      {"noise", "# Spectrum\tBoxNoise\tError\tTail\tPointNoise\tBox\tFile\n"},
       {"rates",
        "Num\tLabel\tR\tR_err\tR_scaled\tA\tA_err\tChi2\tDof\tRemark\n"
        "1\tA\u03b2\t0.5\t0.01\t0.0213\t1000\t12\t17.4238\t3\tpoor fit\n22\t" +
@@ -47,7 +47,7 @@ std::string plot(const std::string& command, const std::vector<double>& times = 
     plane.value = [k](int i, int j) { return static_cast<float>(valueAt(k, i, j)); };
     files[std::string("s").append(number)] = writePipe(plane);
     files["run.par"] += "SPECTRUM s" + number + " " + std::to_string(times[k]) + "\n";
-    files["noise"] += number + "\t" + std::to_string(kNoise[k]) + "\t1\t192\t190\n";
+    files["noise"] += number + "\t" + std::to_string(kNoise[k]) + "\t1\t1\t1\t1x1\ts" + number + "\n";
   }
   for (const auto& [name, text] : more) files[name] += text;
   return runExample(files, "sh -c 'chmod +x gnuplot; peakbox -i run.par -o r; " + command + "'");
@@ -84,7 +84,7 @@ TEST(PeakboxPlot, GivesGnuplotWhatIsMeasured) {
        "2.9:4.1; 6:4; 6:4; 6:4; 4:2; 4:2; 4:2; 6:4; 6:4; 6:4; 1:-1; 1:-1; 8:6; 8:6; 4:2; 4:2; 4:2; "},
       {"up", "set yrange [8", "]", ".85:1.15; :-4; :-4; "},
       {"points", "12 15 14 13 12 11 10 9 8 7 6 5 4", "", "; ; ; ; ; ; "},
-      {"their values", "5 -2 0 2 -2 0 790 0 1580 2 -2 0 2", "", "; ; "},
+      {"their values", "5 0 2 -2 -2 2 790 0 1580 -2 2 0 2", "", "; ; "},
       {"contours", "levels = '3160,63.2,-63.2,94.8,-94.8,142.2,", "079.83125,-1079.83125'", levels + levels + levels},
       {"line to A", "set arrow from graph 0.38636", "middle",
        "3636364,0.5 to graph 0.440936363636,0.5 back nohead linecolor rgb ; "},
@@ -136,7 +136,7 @@ TEST(PeakboxPlot, LeavesNothingOfWhatFails) {
       {"head -n 8 r >x; mv x r", "r: is incomplete: it ends within the run of run.par", 1},
       {"rm r", "r: cannot be read", 1},
       {"head -n 3 noise >x; mv x noise", "noise: has the noise of 2 spectra, and r has 5 spectra", 1},
-      {"sed -i s/192/91/ noise", "noise: line 2: the noise of boxes of another size, or of other spectra", 1},
+      {"sed -i s/1x1/1x3/ noise", "noise: line 2: the noise of another box; run peakbox-noise again", 1},
       {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r", "run.par: not all first parameters are numbers, and -f needs them", 1},
       {"sed -i s/^4/5/ rates", "rates: line 4: not that of peak 4 of r", 1},
       {"sed -i s/1000/1001/ rates", "rates: line 2: r gives another Chi2 with these uncertainties", 1},

@@ -15,11 +15,11 @@ using Numbers = std::valarray<double>;
 std::string runRates(const Numbers& times, const Numbers& values, const Numbers& uncertainties) {
   std::ostringstream report, noise;
   report.precision(12);
-  noise << "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n";
+  noise << "# Spectrum\tBoxNoise\tError\tTail\tPointNoise\tBox\tFile\n";
   for (std::size_t n = 0; n < times.size(); ++n) {
     report << "# SPECTRUM " << n + 1 << ": s\n# PARAMETERS: " << times[n] << "\n# Num\tLabel\tPos1\tPos2\tInt\n"
            << "  1\tA\"1\t8\t9\t" << values[n] << "\n  2\tnoise\t8\t9\t5\n\n";
-    if (uncertainties.size() > 0) noise << n + 1 << '\t' << uncertainties[n] << "\t1\t4\t3\n";
+    if (uncertainties.size() > 0) noise << n + 1 << '\t' << uncertainties[n] << "\t1\t1\t1\t5x3\ts\n";
   }
   return runExample({{"r", report.str()}, {"n", noise.str()}},
                     uncertainties.size() == 0 ? "peakbox-rates <r" : "peakbox-rates -n n r");

@@ -26,12 +26,14 @@ struct Row {
   std::string arguments;
   std::string err;
   std::string out = "";
-  std::string noise = "1\t2.5\t1\t400\t390\n2\t.5\t1\t400\t390\n";
+  std::string noise = "1\t2.5\t1\t1\t1\t5x3\ts\n2\t.5\t1\t1\t1\t5x3\ts\n";
 };
 
 void expectRows(const std::vector<Row>& rows) {
   for (const Row& row : rows) {
-    EXPECT_EQ(runExample({{"r", row.report}, {"n", "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n" + row.noise}},
+    EXPECT_EQ(runExample({{"r", row.report},
+                          {"o", "# Spectrum\tBoxNoise\tPointNoise\n"},
+                          {"n", "# Spectrum\tBoxNoise\tError\tTail\tPointNoise\tBox\tFile\n" + row.noise}},
                          "peakbox-table " + row.arguments),
               outcome(row.out.empty(), row.err.empty() ? "" : "peakbox-table: " + row.err, "(no file)", row.out))
         << row.name;
@@ -75,13 +77,21 @@ TEST(PeakboxTable, TakesUncertaintiesFromWhereItIsTold) {
   const std::string lines = "# Num\tLabel\t7\terr(7)\t8\terr(8)\n1\tA\t3\t2.5\t5\t0.5\n2\tnoise\t0\t2.5\t100\t0.5\n";
   const std::string none = "r: -r needs spectra that repeat a parameter, and peaks other than noise in them\n";
   const std::string both = pairOf("7", "8");
-  const std::string line = "1\t2.5\t1\t400\t390\n";
+  const std::string rest = "\t1\t1\t1\t5x3\ts\n";
+  const std::string line = "1\t2.5" + rest;
+  const std::string bad = "not a whole line of peakbox-noise\n";
+  const std::string older =
+      "n: this is of an older peakbox-noise, which took signal for noise; run peakbox-noise again\n";
   expectRows({
       {"noise", both, "-n n r", "", lines},
-      {"noise of Windows", both, "-n n r", "", lines, "1\t2.5\t1\t4\t3\r\n2\t.5\t1\t4\t3\r\n"},
+      {"noise of Windows", both, "-n n r", "", lines, "1\t2.5\t1\t1\t1\t5x3\ts\r\n2\t.5\t1\t1\t1\t5x3\ts\r\n"},
       {"a spectrum less", both, "-n n r", "n: has the noise of 1 spectra, and r has 2 spectra\n", "", line},
-      {"cut", both, "-n n r", "n: line 3: not a whole line of peakbox-noise\n", "", line + "2\t2.5\t1\t400\t39"},
-      {"a noise of 0", both, "-n n r", "n: line 2: not a whole line of peakbox-noise\n", "", "1\t0\t1\t4\t3\n" + line},
+      {"cut", both, "-n n r", "n: line 3: " + bad, "", line + "2\t2.5\t1\t1\t1\t5x3\ts"},
+      {"a noise of 0", both, "-n n r", "n: line 2: " + bad, "", "1\t0" + rest + line},
+      {"no size", both, "-n n r", "n: line 2: " + bad, "", "1\t2\t1\t1\t1\t5x\ts\n" + line},
+      {"another spectrum", both, "-n n r", "n: line 3: the noise of t, and spectrum 2 of r is s\n", "",
+       line + "2\t2.5\t1\t1\t1\t5x3\tt\n"},
+      {"older", both, "-n o r", "o" + older.substr(1)},
       {"another file", both, "-n r r", "r: this is no file of peakbox-noise\n"},
       {"repeats", six, "-r r | cut -f 3,4,14 | head -n 2", "", "0.1\terr(0.1)\terr(x)\n13\t2.16025\t2.16025\n"},
       {"another second word", pairOf("x\ta", "x\tb"), "-r r", none},

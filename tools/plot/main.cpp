@@ -10,28 +10,12 @@
 #include "plot/Drawing.h"
 #include "plot/Gnuplot.h"
 #include "plot/Pages.h"
-#include "results/NoiseFile.h"
 #include "results/Uncertainties.h"
 #include "spectrum/Nuclei.h"
 
 namespace peakbox {
 
 namespace {
-
-/// The noise of the run's boxes in each spectrum.
-std::vector<double> readNoise(const std::string& file, const MeasuredRun& run) {
-  const auto countAlong = [&](int dim) {
-    return run.spectrum.getSize(dim) / (2 * std::int64_t{run.settings.getBoxSize(dim)} + 1);
-  };
-  std::vector<double> uncertainties;
-  for (const SpectrumNoise& noise : readNoiseFile(file, run.abscissas.size(), run.report->getName())) {
-    uncertainties.push_back(noise.box);
-    if (noise.boxCount == countAlong(0) * countAlong(1)) continue;
-    const std::string place = compose("line ", uncertainties.size() + 1);
-    refuse(file, place + ": the noise of boxes of another size, or of other spectra");
-  }
-  return uncertainties;
-}
 
 /// Refuses an output that is one of the files that are read.
 void refuseInput(const std::string& output, const MeasuredRun& run, std::vector<std::string> inputs) {
@@ -88,7 +72,10 @@ int drawRun(const Arguments& arguments) {
   try {
     MeasuredRun run(files[0], files[1]);
     refuseInput(files[2], run, {files[0], files[1], arguments.get('n'), arguments.get('f')});
-    if (arguments.has('n')) run.uncertainties = readNoise(arguments.get('n'), run);
+    const auto size = [&](int dim) { return 2 * std::int64_t{run.settings.getBoxSize(dim)} + 1; };
+    if (arguments.has('n')) {
+      run.uncertainties = readUncertainties(arguments.get('n'), *run.report, {size(0), size(1)});
+    }
     if (arguments.has('r')) run.uncertainties = poolRepeats(*run.report);
     if (arguments.has('f')) {
       if (!run.hasNumbers) refuse(files[0], "not all first parameters are numbers, and -f needs them");
