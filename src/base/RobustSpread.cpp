@@ -10,6 +10,7 @@ namespace {
 /// The deviation of noise of which the values within `reach` deviations are taken: these have `kept` of it. Begun with
 /// `deviation`, and repeated until it stays.
 double cut(const std::vector<double>& magnitudes, double reach, double kept, double deviation) {
+  constexpr double kSettled = 1e-4;  // relative, far less than the estimate's own error
   constexpr int kMostRounds = 1000;  // a value at the edge may go in and out for ever
   for (int round = 0; round < kMostRounds; ++round) {
     const double limit = reach * deviation;
@@ -22,7 +23,7 @@ double cut(const std::vector<double>& magnitudes, double reach, double kept, dou
     }
     const double last = deviation;
     deviation = std::sqrt(squares / used) / kept;
-    if (!(std::fabs(deviation - last) > 1e-9 * last)) break;
+    if (!(std::fabs(deviation - last) > kSettled * last)) break;
   }
   return deviation;
 }

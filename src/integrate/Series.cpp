@@ -18,7 +18,7 @@ Series::Series(const RunSettings& settings, const Spectrum& first, const PeakLis
 
 void Series::measure(int index, const Spectrum& spectrum) {
   indices.push_back(index);
-  noise.push_back(estimatePointNoise(spectrum, 1 << 14));
+  noise.push_back(estimatePointNoise(spectrum));
   std::vector<Sighting>& seen = sightings.emplace_back(losses.size());
   for (std::size_t j = 0; j < losses.size(); ++j) {
     if (losses[j]) continue;

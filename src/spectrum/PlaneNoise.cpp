@@ -91,24 +91,36 @@ double estimateErrorSquare(const std::vector<double>& values) {
   return (squares - sum * sum / kGroups) / (kGroups - 1) / kGroups;
 }
 
+/// The values of which the noise of a box is made up: strips along each dimension, and points.
+struct Parts {
+  std::vector<double> strips1;
+  std::vector<double> strips2;
+  std::vector<double> points;
+
+  Parts(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box, std::int64_t sampleSize) {
+    if (!spectrum.getAxes().contains({0, 0})) return;
+    const View rows = makeView(spectrum, 0);
+    strips1 = sampleStrips(rows, box[0], sampleSize);
+    strips2 = sampleStrips(makeView(spectrum, 1), box[1], sampleSize);
+    points = samplePoints(rows, sampleSize);
+  }
+};
+
+double combine(const Spread& strips1, const Spread& strips2, const Spread& points) {
+  return points.deviation == 0 ? 0 : strips1.deviation * strips2.deviation / points.deviation;
+}
+
 }  // namespace
 
-PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box, std::int64_t sampleSize) {
-  if (!spectrum.getAxes().contains({0, 0})) return {};
-  const View rows = makeView(spectrum, 0);
-  const View columns = makeView(spectrum, 1);
-  const std::vector<double> parts[] = {sampleStrips(rows, box[0], sampleSize),
-                                       sampleStrips(columns, box[1], sampleSize), samplePoints(rows, sampleSize)};
-  const Spread strips1 = estimateSpread(parts[0]);
-  const Spread strips2 = estimateSpread(parts[1]);
-  const double points = estimateSpread(parts[2]).deviation;
-  if (points == 0) return {};
-  const double deviation = strips1.deviation * strips2.deviation / points;
+PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box) {
+  constexpr std::int64_t kSampleSize = 60000;
+  const Parts parts(spectrum, box, kSampleSize);
+  const Spread strips1 = estimateSpread(parts.strips1);
+  const Spread strips2 = estimateSpread(parts.strips2);
+  const double deviation = combine(strips1, strips2, estimateSpread(parts.points));
   double errorSquare = 0;
-  std::size_t fewest = parts[0].size();
-  for (const std::vector<double>& part : parts) {
-    errorSquare += 1.4 * 1.4 * estimateErrorSquare(part);  // the parts are not independent of each other
-    fewest = std::min(fewest, part.size());
+  for (const auto* part : {&parts.strips1, &parts.strips2, &parts.points}) {
+    errorSquare += 1.4 * 1.4 * estimateErrorSquare(*part);  // the parts are not independent of each other
   }
   for (const std::size_t d : {0U, 1U}) {
     errorSquare += std::pow(static_cast<double>(box[d]) / (2.0 * spectrum.getSize(static_cast<int>(d))), 2);
@@ -116,11 +128,13 @@ PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t
   return {.deviation = deviation,
           .error = deviation * std::sqrt(errorSquare),
           .tail = std::max(strips1.tail, strips2.tail),
-          .values = fewest};
+          .values = std::min({parts.strips1.size(), parts.strips2.size(), parts.points.size()})};
 }
 
-double estimatePointNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
-  return estimateNoise(spectrum, {1, 1}, sampleSize).deviation;
+double estimatePointNoise(const Spectrum& spectrum) {
+  constexpr std::int64_t kSampleSize = 1 << 14;
+  const Parts parts(spectrum, {1, 1}, kSampleSize);
+  return combine(estimateSpread(parts.strips1), estimateSpread(parts.strips2), estimateSpread(parts.points));
 }
 
 }  // namespace peakbox

@@ -22,34 +22,33 @@ using namespace peakbox;
 constexpr double kSignalTail = 1.15;  // which noise alone does not reach
 constexpr double kMuchSignalTail = 1.5;
 
-void refuseNotFinite(const std::string& file, const Spectrum& spectrum) {
-  const std::int64_t size1 = spectrum.getSize(0);
+bool isFinite(const Spectrum& spectrum) {
   double nothing = 0.0;  // or no number
-  for (std::int64_t n = 0; n < size1 * spectrum.getSize(1); ++n) {
-    nothing += 0.0 * spectrum.getData()[n % size1][n / size1];
+  for (int j = 0; j < spectrum.getSize(1); ++j) {
+    for (int i = 0; i < spectrum.getSize(0); ++i) nothing += 0.0 * spectrum.getData()[i][j];
   }
-  if (nothing != 0.0) refuse(file, "not all values are finite");
+  return nothing == 0.0;
 }
 
 /// That of the spectrum loaded last, for boxes of this size.
 SpectrumNoise estimate(const std::string& file, const Spectrum& spectrum, const std::array<std::int64_t, 2>& size) {
   constexpr std::size_t kFewestValues = 100;
-  refuseNotFinite(file, spectrum);
+  if (!isFinite(spectrum)) refuse(file, "not all values are finite");
   const PlaneNoise box = estimateNoise(spectrum, size);
   if (box.values < kFewestValues) {
     refuse(file, "only " + std::to_string(box.values) + " values that are not zero for the noise of a box of " +
                      std::to_string(size[0]) + " x " + std::to_string(size[1]) + " points; it needs at least " +
                      std::to_string(kFewestValues));
   }
-  const PlaneNoise point = estimateNoise(spectrum, {1, 1});
-  if (!(box.deviation > 0 && box.error > 0 && point.deviation > 0)) refuse(file, "the values have a spread of zero");
+  const double point = estimateNoise(spectrum, {1, 1}).deviation;
+  if (!(box.deviation > 0 && box.error > 0 && point > 0)) refuse(file, "the values have a spread of zero");
   const std::string tail = "signal among the noise (tail " + realToText(std::floor(100 * box.tail) / 100) + "): ";
   if (box.tail > kMuchSignalTail) {
     warn(file, tail + "its noise may be off by a third; take a smaller BOXSIZE, or repeats (-r of peakbox-table)");
   } else if (box.tail > kSignalTail) {
     warn(file, tail + "its noise may be off by more than a tenth");
   }
-  return {box.deviation, box.error, box.tail, point.deviation, size, file};
+  return {box.deviation, box.error, box.tail, point, size, file};
 }
 
 /// All that a run reads is read in its order, so that what it refuses is refused here, too.
