@@ -15,11 +15,11 @@ struct PlaneNoise {
   std::size_t values = 0;  // that it rests upon, in that of its parts that has fewest
 };
 
-/// Estimates it for boxes of `box` points, direct dimension first. The noise of a linearly processed plane is separable:
-/// its covariance is the product of one along each dimension. So the variance of a box is that of its rows in a plane
-/// filtered along the columns, times that of its columns in one filtered along the rows, divided by that of points
-/// filtered both ways; and filters take away feet of peaks, baselines and ridges, which boxes are full of. Zeros, with
-/// which planes are filled up, and what is not finite are no noise.
+/// Estimates it for boxes of `box` points, direct dimension first. The noise of a linearly processed plane is
+/// separable: its covariance is the product of one along each dimension. So the variance of a box is that of its rows
+/// in a plane filtered along the columns, times that of its columns in one filtered along the rows, divided by that of
+/// points filtered both ways; and filters take away feet of peaks, baselines and ridges, which boxes are full of.
+/// Zeros, with which planes are filled up, and what is not finite are no noise.
 PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box);
 
 /// The noise of a point, estimated alike from fewer values; 0 where there is none or too little to tell.
