@@ -98,9 +98,9 @@ TEST(PeakboxRates, SaysWhatIsWrongAndUnknown) {
   const std::string out =
       "Num\tLabel\tR\tR_err\tR_scaled\tA\tA_err\tChi2\tDof\tRemark\n"
       "1\tA1\tnan\tnan\tnan\tnan\tnan\tnan\tnan\tfewer than three distinct parameters\n";
-  const std::string usage = "usage: peakbox-rates [-n NOISE | -r] [-m decay] [REPORT]\n";
+  const std::string usage = "usage: peakbox-rates [-n NOISE | -r] [-m MODEL] [-z SPECTRA] [-T TIME] [REPORT]\n";
   EXPECT_EQ(runExample({{"r", one}}, "peakbox-rates -m decay r"), outcome(0, "", "(no file)", out));
-  EXPECT_EQ(runExample({{"r", one}}, "peakbox-rates -m recovery r"), outcome(2, usage));
+  EXPECT_EQ(runExample({{"r", one}}, "peakbox-rates -m cosine r"), outcome(2, usage));
   EXPECT_EQ(runExample({{"r", one}}, "peakbox-rates -n n -r r"), outcome(2, usage));
   EXPECT_EQ(runExample({{"r", exampleTable()}}, "peakbox-rates r"),
             outcome(1, "peakbox-rates: r: spectrum 1 has no parameter, and a fit needs one\n"));
