@@ -122,7 +122,7 @@ TEST(PeakboxTable, WritesFilesNamedForTheLabels) {
 }
 
 TEST(PeakboxTable, TellsItsUsage) {
-  const std::string usage = "peakbox-table [-n NOISE | -r] [-d DIR] [REPORT]\n";
+  const std::string usage = "peakbox-table [-n NOISE | -r] [-l | -d DIR] [REPORT]\n";
   for (const std::string arguments : {"-e r", "r -d", "-d '' r", "r r", "-n n -r r", "r -n"}) {
     const std::string end = runExample({}, "peakbox-table " + arguments);
     EXPECT_TRUE(end.starts_with("status 2\n") && end.find("\nusage: " + usage) != std::string::npos) << end;
