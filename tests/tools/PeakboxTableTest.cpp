@@ -51,6 +51,18 @@ TEST(PeakboxTable, WritesOneLinePerPeak) {
   });
 }
 
+TEST(PeakboxTable, WritesOneLineForEachPeakAndSpectrum) {
+  const std::string header = "Num\tLabel\tSpectrum\tParameter1\tParameter2\tPos1\tPos2\tIntensity\tUncertainty\n";
+  const std::string pos = "8.25\t119.5\t";
+  const std::string ofPair = "1\tA\t1\t7\tx\t" + pos + "3\t2.5\n1\tA\t2\t8\ty\t" + pos + "5\t0.5\n2\tnoise\t1\t7\tx\t" +
+                             pos + "0\t2.5\n2\tnoise\t2\t8\ty\t" + pos + "100\t0.5\n";
+  expectRows({
+      {"two words", pairOf("7\tx", "8\ty"), "-l -n n r", "", header + ofPair},
+      {"none", exampleTable("1: s\n", peak("3", "a\tb\"", "-2.50e-05")), "-l <r", "",
+       header + "3\ta b\"\t1\tnan\tnan\t" + pos + "-2.50e-05\tnan\n"},
+  });
+}
+
 TEST(PeakboxTable, RefusesWhatIsNoWholeReport) {
   const std::string one = exampleTable("1: s\n", peak("1", "A"));
   const std::string cut = one.substr(0, one.size() - 1);
@@ -123,7 +135,7 @@ TEST(PeakboxTable, WritesFilesNamedForTheLabels) {
 
 TEST(PeakboxTable, TellsItsUsage) {
   const std::string usage = "peakbox-table [-n NOISE | -r] [-l | -d DIR] [REPORT]\n";
-  for (const std::string arguments : {"-e r", "r -d", "-d '' r", "r r", "-n n -r r", "r -n"}) {
+  for (const std::string arguments : {"-e r", "r -d", "-d '' r", "r r", "-n n -r r", "r -n", "-l -d . r"}) {
     const std::string end = runExample({}, "peakbox-table " + arguments);
     EXPECT_TRUE(end.starts_with("status 2\n") && end.find("\nusage: " + usage) != std::string::npos) << end;
   }
