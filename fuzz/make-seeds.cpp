@@ -57,6 +57,11 @@ void makeForeignLists(const SeedFolder& seeds) {
   seeds.add("sparky", "Assignment w1 w2 Data Height\n\n A1N-H 5 10 7\n ?-? 4 9 8\n");
   seeds.add("pipe", "DATA X_AXIS HN 1 16\nVARS INDEX X_PPM Y_PPM ASS\nFORMAT %d\nNULLVALUE -666\n 1 10 5 A1\n");
   seeds.add("form-feed", "Assignment w1 w2\n\f\nA 10 5\n\v\n\t\t\f\n");
+  seeds.add("topspin", "<?xml?>\n<Peak2D F1=\"5\" F2=\"10\" annotation='A&lt;'/>\n<!-- <x -->");
+  seeds.add("ccpnmr", "\t#\tPos F1\tPos F2\tAssign F1\n0\t1\t10\t5\t{3}H\n");
+  seeds.add("quotes", "\"\"\n,,\"\n");
+  seeds.add("europe", "sep=;\nA;B;C;;\na b;10,5;\"5\";;\n");
+  seeds.add("padded", "# c\nAssignment w1\tw2 Note\nA 1 \t5.5\t10\t # x\n");
   seeds.add("table", "#\tA\tB\tC\n1\t{3}H\t10\t5\n2\t\"a\"\"b\"\t10\t5\r\n");
 }
 

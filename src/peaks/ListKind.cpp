@@ -28,10 +28,11 @@ ListKind recogniseList(const std::vector<std::string>& lines) {
     const std::string word = takeFirstWord(line);
     if (word == "VARS" || (isFirst && word == "FORMAT")) return ListKind::PipeTable;
     if (isFirst && word == "Assignment") return ListKind::Sparky;
-    isFirst = isFirst && (word.empty() || word == "REMARK" || word == "DATA");
+    if (isFirst && (word.starts_with("<?xml") || word.starts_with("<Peak"))) return ListKind::TopSpin;
+    isFirst = isFirst && (word.empty() || word[0] == '#' || word == "REMARK" || word == "DATA");
   }
   if (namesPositions(lines)) return ListKind::Own;
-  return !lines.empty() && lines[0].find_first_of("\t,") != std::string::npos ? ListKind::Table : ListKind::Unknown;
+  return !lines.empty() && lines[0].find_first_of("\t,;") != std::string::npos ? ListKind::Table : ListKind::Unknown;
 }
 
 }  // namespace peakbox

@@ -43,7 +43,9 @@ std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
 }
 
 std::string findNucleus(const std::string& text) {
-  if (text == "HN") return "1H";
+  if (text == "HN" || text == "H") return "1H";
+  if (text == "N") return "15N";
+  if (text == "C") return "13C";
   for (const Nucleus& nucleus : kNuclei) {
     const bool isNamed =
         text.find(nucleus.name) != std::string::npos || text.find(nucleus.otherName) != std::string::npos;

@@ -19,6 +19,9 @@ std::string spectrum(const std::vector<std::pair<std::size_t, float>>& words = {
   return bytes;
 }
 
+/// 1H from 3.875 ppm on, 0.125 ppm each, 13C from 23 ppm on, 1 ppm each.
+std::string methyls() { return spectrum({{100, 2400}, {101, 0}, {218, 150.87f}, {229, 3620.88f}, {249, 0}}); }
+
 /// Peaks of these numbers as they are to be written.
 std::string knownPeaks(const std::string& numbers) {
   std::string list =
@@ -47,6 +50,10 @@ TEST(PeakboxList, ReadsListsOfAllKinds) {
       {"Sparky of an old Mac",
        "Assignment\tw1\tw2\rA1\t9.28125\t127.5\r  None\t7.71875\t115\r\t\t\v\rC-3\t10.21875\t103.75\t\r",
        "w1 = 1H, w2 = 15N", "-b 0.04,0.4"},
+      {"Sparky, padded and with comments",
+       "# w1 w2\nAssignment \tw1\tw2 Data Height\tNote\t\n# B 1 2\nA1 \t\t127.5 \t9.28125\t2 a b c \t \n"
+       "?-? 115\t7.71875 \t# weak\nC-3 103.75 \t10.21875\t\n",
+       "w1 = 15N, w2 = 1H"},
       {"NMRPipe",
        "REMARK x\nDATA X_AXIS HN 1 2\n\nVARS X_AXIS INDEX Y_PPM X_PPM ASS\nFORMAT %d\nNULLVALUE -666\nNULLSTRING no\n"
        "\v\n 331.0 7 127.5 9.28125 A1\n 4 3 115 7.71875 no\n 9 5 103.75 10.21875 C-3\n",
@@ -55,6 +62,24 @@ TEST(PeakboxList, ReadsListsOfAllKinds) {
        "\n\tNumber\t#\tPos F1\tAssign\tPos F2\n0\t1\t4\t9.28125\t\001A1\t127.5\n1\t2\t8\t7.71875\t {3}H[6]\t115\n"
        "2\t3\t6\t10.21875\tC-3\t103.75\n",
        "Pos F1 = 1H, Pos F2 = 15N", R"(-c Assign,"Pos F1","Pos F2")", "486"},
+      {"CcpNmr 3",
+       "\t#\tPos F1\tAssign F1\tPos F2\tAssign F2\n0\t7\t127.5\tx\t9.28125\tA1\n1\t3\t115\ty\t7.71875\t\n"
+       "2\t5\t103.75\tz\t10.21875\tC-3\n",
+       "Pos F1 = 15N, Pos F2 = 1H", "", "735"},
+      {"CcpNmr 2",
+       "Number\t#\tPosition F1\tPosition F2\tAssign F1\tAssign F2\n1\t1\t9.28125\t127.5\t A1\t x\n"
+       "2\t2\t7.71875\t115\t {3}H[6]\t y\n3\t3\t10.21875\t103.75\t C-3\t z\n",
+       "Position F1 = 1H, Position F2 = 15N"},
+      {"TopSpin",
+       "<?xml version=\"1.0\"?>\n<PeakList><a>b</a><!-- <Peak2D F1=\"1\" F2=\"1\"/> -->\n"
+       "<Peak2D F1=\"127.5\" F2=\"9.28125\" annotation=\"A1\" new='\"' type=\"0\"/>\n"
+       "<Peak2D annotation=\"\" F2 = '7.71875' F1=\"115\"/>\n"
+       "<Peak2D annotation=\"C-3\" F1=\"103.75\" F2=\"10.21875\"></Peak2D></PeakList>",
+       "F1 = 15N, F2 = 1H"},
+      {"a spreadsheet of Europe",
+       "sep=;\nmine, of May;;\n# H;N\nPeak;H, ppm;N;\nA1;\"9,28125\";127,5;;;\n;7,71875;115;x, "
+       "y\nC-3;10.21875;103,75\n",
+       "N = 15N, H, ppm = 1H", R"(-c "Peak,N,\"H, ppm\"")"},
       {"a spreadsheet",
        "\xef\xbb\xbf\"P, k\",1H,\"15N, ppm\",Note\r\n\"A1\",9.28125,\"127.5\",\"a\nb\"\r\n"
        ",7.71875,115,\"x, \"\"y\"\"\"\r\n,,,\r\nC-3,10.21875,103.75,",
@@ -87,11 +112,40 @@ TEST(PeakboxList, RefusesWhatItIsNotSureOf) {
   const Row rows[] = {
       {"\n\f\n", "list: is empty"},
       {"A\tB\n",
-       "list: no list of Sparky or POKY, NMRPipe or peakbox; the columns of a table with a header line are named by -c "
-       "LABEL,PPM1,PPM2"},
+       "list: no list of Sparky or POKY, NMRPipe, CcpNmr, TopSpin or peakbox; the columns of a table with a header "
+       "line "
+       "are named by -c LABEL,PPM1,PPM2"},
       {kSparky, "list: has no peaks"},
       {kSparky + "A 9 120\n\nB 9\n", "list:4: field 3 is missing"},
       {kSparky + "A 8 120 9.5\n", "list:2: more fields than columns"},
+      {"VARS ASS X_PPM Y_PPM\nA 1 9 120\n", "list:2: more fields than columns"},
+      {"P,1H,15N,k\nA,8,120,\nB,8,119,5,,x\n", "list:3: more fields than columns", "-c P,1H,15N"},
+      {examplePeakHeader() + examplePeakLine({.label = "A 1", .ppm1 = "9", .ppm2 = "120"}),
+       "list:7: more fields than columns"},
+      {"<PeakList>\n<Peak2D F1=\"9\"/>", "list:2: the position '' is no number"},
+      {"<Peak2D F1=\"9\" F2=\"8/>", "list:1: an element that is not well-formed"},
+      {"<Peak3D F1=\"9\"/>", "list: a list of other than two dimensions"},
+      {"Pos F1,Pos F2,Pos F3\n9,120,4\n", "list: a list of more than two dimensions"},
+      {"\"\"\n", "list: is empty", "-c A,B,C"},
+      {"DATA X_AXIS 15N\nVARS ASS X_PPM Y_PPM\nA 9 120\n",
+       "list: says that X_PPM = 15N, Y_PPM = 1H, but the positions fit a.ft2 only as X_PPM = 1H, Y_PPM = 15N; -d names "
+       "the direct column"},
+      {"<Peak2D F1=\"9\" F2=\"120\"/>",
+       "list: says that F1 = 15N, F2 = 1H, but the positions fit a.ft2 only as F1 = 1H, F2 = 15N; -d names the direct "
+       "column"},
+      {"P;1H;13C\nA;15;2\n",
+       "list: says that 1H = 1H, 13C = 13C, but the positions fit a.ft2 only as 1H = 13C, 13C = 1H; -d names the "
+       "direct "
+       "column",
+       "-c P,1H,13C", methyls()},
+      {"P;15N;13C\nA;120;40\n",
+       "list: its positions are of '15N' and '13C', the nuclei of a.ft2 are 1H and 15N; -d names the direct column",
+       "-c P,15N,13C"},
+      {kSparky + "A 9 120\n", "list: by -d w1 = 15N, w2 = 1H, but the positions fit a.ft2 only as w1 = 1H, w2 = 15N",
+       "-d w2"},
+      {kSparky + "A 9 120\n", "-d: 'w3' is neither 'w1' nor 'w2'", "-d w3"},
+      {kSparky + "A 9 9\n", "list: both dimensions of a.ft2 are of one nucleus; -d names the direct column", "",
+       spectrum({{218, 600}, {229, 3000}, {249, 3600}})},
       {"Assignment w1 w2 S/N\n 120.5 8.1 20\n", "list:2: there is no label"},
       {kSparky + "A 9 1" + '\0' + "0\n", "list: is no plain text; is it binary, or UTF-16 (\"Unicode text\")?"},
       {kSparky + "A 9 120\nB 9 120000\nC 8 119\n", "list:3: the positions 9 and 120000 lie far outside a.ft2"},
@@ -109,9 +163,10 @@ TEST(PeakboxList, RefusesWhatItIsNotSureOf) {
       {"L,\"X\"\"\",Y\n", "list:1: there is no column 'Z', there are 'L', 'X\"', 'Y'", "-c L,Y,Z"},
       {"L\tX\tY\tX\n", "list:1: there are two columns 'X'", "-c L,X,Y"},
       {"L,X,Y\nA,9,120\n\"B,9,120\n", "list:3: a quote that does not end", "-c L,X,Y"},
-      {kSparky + "A 9 9\n",
-       "list: from the positions it cannot be told whether w1 or w2 is the direct dimension of a.ft2; -x says w2", "",
-       spectrum({{218, 600}, {229, 3000}, {249, 3600}})},
+      {kSparky + "A 3 2\n",
+       "list: from the positions it cannot be told whether w1 or w2 is the direct dimension of a.ft2; -d names the "
+       "direct column",
+       "", methyls()},
       {kSparky + "A 9 29\n", "a.ft2: its nuclei are 1H and 31P, for which the bounds must be given: -b WIDTH1,WIDTH2",
        "", spectrum({{218, 242.88f}, {249, 6072}})},
       {kSparky + "A 9 120\n", "a.ft2: its dimension 2 has no ppm axis", "", spectrum({{229, 0}})},
@@ -124,30 +179,44 @@ TEST(PeakboxList, RefusesWhatItIsNotSureOf) {
         runExample({{"list", row.list}, {"a.ft2", row.bytes}}, "peakbox-list " + row.arguments + " -s a.ft2 list"),
         outcome(1, "peakbox-list: " + row.message + "\n"));
   }
-  for (const std::string arguments : {"l", "-s a", "-b 1 -s a l", "-b 1,-1 -s a l", "-c A,B -s a l", "-c '' -s a l"}) {
+  for (const std::string arguments :
+       {"l", "-s a", "-b 1 -s a l", "-b 1,-1 -s a l", "-c A,B -s a l", "-c '' -s a l", "-d '' -s a l"}) {
     EXPECT_EQ(runExample({}, "peakbox-list " + arguments),
-              outcome(2, "usage: peakbox-list [-x] [-b WIDTH1,WIDTH2] [-c LABEL,PPM1,PPM2] -s SPECTRUM LIST\n"))
+              outcome(2, "usage: peakbox-list [-b WIDTH1,WIDTH2] [-c LABEL,PPM1,PPM2] [-d COLUMN] -s SPECTRUM LIST\n"))
         << arguments;
   }
 }
 
 TEST(PeakboxList, FollowsNamesOrTheUserWherePositionsFitBothWays) {
-  const std::string methyls = spectrum({{100, 2400}, {101, 0}, {218, 150.87f}, {229, 3620.88f}, {249, 0}});
-  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+  const std::string protons = spectrum({{101, 0}, {218, 600}, {229, 3000}, {249, 0}});
+  struct Row {
+    std::string list;
+    std::string options;
+    std::string summary;
+    std::string fields;
+    std::string bytes = methyls();
+  };
+  const Row rows[] = {
       {"DATA X_AXIS 13C\nDATA Y_AXIS H1\nVARS ASS X_PPM Y_PPM\nA +3 2e0\n", "", "1 peak, X_PPM = 13C, Y_PPM = 1H",
        "2e0 0.0 0.04 +3 0.0 0.4"},
       {"DATA X_AXIS HN\nDATA Y_AXIS C13\nVARS ASS X_PPM Y_PPM\nA 3 2\n", "", "1 peak, X_PPM = 1H, Y_PPM = 13C",
        "3 0.0 0.04 2 0.0 0.4"},
-      {kSparky + "A 3 2\n", "-x", "1 peak, w1 = 13C, w2 = 1H", "2 0.0 0.04 3 0.0 0.4"},
+      {kSparky + "A 3 2\n", "-d w2", "1 peak, w1 = 13C, w2 = 1H", "2 0.0 0.04 3 0.0 0.4"},
+      {"-;1H;13C\nA;3;2\n", "-c -,13C,1H", "1 peak, 13C = 13C, 1H = 1H; 1 without assignment", "3 0.0 0.04 2 0.0 0.4"},
+      {"<Peak2D F1=\"3\" F2=\"2\"/>", "", "1 peak, F1 = 13C, F2 = 1H; 1 without assignment", "2 0.0 0.04 3 0.0 0.4"},
+      {"VARS ASS X_PPM Y_PPM\nA 3 2\n", "-b 1,1", "1 peak, X_PPM = 1H, Y_PPM = 1H_2", "3 0.0 1 2 0.0 1", protons},
+      {"x\nb a\na.L a.P b.L b.P\n1 A 3 A 2\n", "-b 1,1", "1 peak, a = 1H_2, b = 1H", "2 0.0 1 3 0.0 1", protons},
+      {"x\nb a\na.L a.P b.L b.P\n1 A 3 A 2\n", "-b 1,1 -d a", "1 peak, a = 1H, b = 1H_2", "3 0.0 1 2 0.0 1", protons},
       {kSparky + "A 1 9\nB 1 3\n", "", "2 peaks, w1 = 1H, w2 = 13C", "1 0.0 0.04 9 0.0 0.4"},
-      {kSparky + "A 1 9\nB 1 3\n", "-x -b 1,2", "2 peaks, w1 = 13C, w2 = 1H; 1 outside the spectrum, to be folded",
+      {kSparky + "A 1 9\nB 1 3\n", "-d w2 -b 1,2", "2 peaks, w1 = 13C, w2 = 1H; 1 outside the spectrum, to be folded",
        "9 0.0 1 1 0.0 2"},
   };
-  for (const auto& [list, options, summary, fields] : rows) {
-    EXPECT_EQ(runExample({{"list", list}, {"a.ft2", methyls}},
-                         "sh -c 'peakbox-list " + options + " -s a.ft2 list | sed -n 7p | cut -d \" \" -f 3-5,10-12'"),
-              outcome(0, "list: " + summary + "\n", "(no file)", fields + "\n"))
-        << list << options;
+  for (const Row& row : rows) {
+    const std::string command = "peakbox-list " + row.options + " -s a.ft2 - <list";
+    EXPECT_EQ(runExample({{"list", row.list}, {"a.ft2", row.bytes}},
+                         "sh -c '" + command + " | sed -n 7p | cut -d \" \" -f 3-5,10-12'"),
+              outcome(0, "standard input: " + row.summary + "\n", "(no file)", row.fields + "\n"))
+        << row.list << row.options;
   }
 }
 

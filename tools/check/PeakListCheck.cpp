@@ -35,6 +35,7 @@ struct ListReader {
     const bool isForeign = kind != ListKind::Own && kind != ListKind::Unknown;
     const std::string foreign = kind == ListKind::Sparky      ? "a list of Sparky or POKY"
                                 : kind == ListKind::PipeTable ? "a table of NMRPipe"
+                                : kind == ListKind::TopSpin   ? "a list of TopSpin"
                                                               : "a table";
     if (findings.add(isForeign, 0, kNoList, "this is ", foreign, "; peakbox-list converts it")) return false;
     if (findings.add(lines.size() < kHeaderLines, 0, kNoList, "fewer than six header lines")) return false;

@@ -13,8 +13,15 @@ namespace peakbox::list {
 
 namespace {
 
-/// The label as peakbox reads it.
-std::string cleanLabel(const std::string& field, const ForeignList& list) {
+const std::string& takeField(const Row& row, std::size_t column) {
+  if (column >= row.fields.size()) refuse(row.place, "field " + std::to_string(column + 1) + " is missing");
+  return row.fields[column];
+}
+
+/// The label in a column as peakbox reads it.
+std::string takeLabel(const Row& row, std::size_t column, const ForeignList& list) {
+  if (column >= ForeignList::kNone) return "?";
+  const std::string& field = takeField(row, column);
   std::string label = cut(field, field.size());
   // CcpNmr writes an atom that is not assigned as {3}H.
   if (!list.hasBracedLabels && label.starts_with('{')) return "?";
@@ -25,36 +32,42 @@ std::string cleanLabel(const std::string& field, const ForeignList& list) {
 }
 
 Entry takeEntry(const Row& row, const ForeignList& list) {
-  const auto field = [&](std::size_t column) -> const std::string& {
-    if (column >= row.fields.size()) refuse(row.place, "field " + std::to_string(column + 1) + " is missing");
-    return row.fields[column];
-  };
-  ListEntry peak{.number = 0, .label = cleanLabel(field(list.label), list), .ppm = {}, .bounds = {}};
+  if (!row.isWhole) refuse(row.place, "a quote that does not end");
+  for (std::size_t column = list.columnCount; column < row.fields.size(); ++column) {
+    if (!row.fields[column].empty()) refuse(row.place, "more fields than columns");
+  }
+  ListEntry peak{.number = 0, .label = "", .ppm = {}, .bounds = {}};
   for (const std::size_t n : {0U, 1U}) {
-    peak.ppm[n] = field(list.ppm[n]);
+    peak.ppm[n] = takeField(row, list.ppm[n]);
+    const std::size_t comma = list.hasDecimalCommas ? peak.ppm[n].find(',') : std::string::npos;
+    if (comma != std::string::npos && peak.ppm[n].find('.') == std::string::npos) peak.ppm[n][comma] = '.';
     const std::optional<double> value = textToDecimal(peak.ppm[n]);
     if (!value || value == list.noValue) refuse(row.place, "the position '" + cut(peak.ppm[n], 60) + "' is no number");
     if (list.bounds[n] < row.fields.size()) peak.bounds[n] = row.fields[list.bounds[n]];
   }
-  return {.place = row.place, .peak = peak};
+  return {.place = row.place,
+          .peak = peak,
+          .labels = {takeLabel(row, list.label[0], list), takeLabel(row, list.label[1], list)}};
 }
 
 }  // namespace
 
-ForeignList readForeignList(const std::string& file, const std::vector<std::string>& columns) {
-  const std::optional<std::string> bytes = readFile(file);
+ForeignList readForeignList(const std::string& path, const std::vector<std::string>& columns) {
+  const std::string file = path == "-" ? "standard input" : path;
+  const std::optional<std::string> bytes = readFile(path == "-" ? "/dev/stdin" : path);
   if (!bytes) refuse(file, "cannot be read");
   const bool isText = bytes->find('\0') == std::string::npos;
   if (!isText) refuse(file, "is no plain text; is it binary, or UTF-16 (\"Unicode text\")?");
   const std::string text = mendLineEnds(*bytes) + "\n";
-  const bool isTable = !columns.empty();
-  std::vector<Row> rows = isTable ? splitAtSeparators(text, file) : splitAtBlanks(text, file);
-  if (rows.empty()) refuse(file, "is empty");
-  if (isTable) return readTable(file, std::move(rows), columns);
-  const ListKind kind = recogniseList(splitLines(text));
-  if (kind == ListKind::Sparky) return readSparky(file, std::move(rows));
-  if (kind == ListKind::PipeTable) return readPipeTable(file, std::move(rows));
-  return readOwn(file, splitAsOwn(text, file));
+  if (text.find_first_not_of(" \t\n\v\f") == std::string::npos) refuse(file, "is empty");
+  if (!columns.empty()) return readTable(file, text, columns);
+  const std::vector<std::string> lines = splitLines(text);
+  const ListKind kind = recogniseList(lines);
+  if (kind == ListKind::Sparky) return readSparky(file, splitAtBlanks(text, file));
+  if (kind == ListKind::PipeTable) return readPipeTable(file, splitAtBlanks(text, file));
+  if (kind == ListKind::TopSpin) return readTopSpin(file, text);
+  const std::optional<ForeignList> table = readCcpNmr(file, text);
+  return table ? *table : readOwn(file, splitAsOwn(text, file), lines.size() > 1 ? lines[1] : "");
 }
 
 std::size_t seekColumn(const Row& header, const std::string& name) {
@@ -73,8 +86,8 @@ std::size_t findColumn(const Row& header, const std::string& name) {
 
 void refuseKind(const std::string& file) {
   refuse(file,
-         "no list of Sparky or POKY, NMRPipe or peakbox; the columns of a table with a header line are named by -c "
-         "LABEL,PPM1,PPM2");
+         "no list of Sparky or POKY, NMRPipe, CcpNmr, TopSpin or peakbox; the columns of a table with a header line "
+         "are named by -c LABEL,PPM1,PPM2");
 }
 
 std::vector<Entry> takeEntries(const ForeignList& list) {

@@ -9,7 +9,7 @@ namespace peakbox::list {
 ForeignList readPipeTable(const std::string& file, std::vector<Row> rows) {
   const auto isHeader = [](const Row& row) { return row.fields[0] == "VARS"; };
   if (std::none_of(rows.begin(), rows.end(), isHeader)) refuseKind(file);
-  ForeignList list{.file = file, .names = {"X_PPM", "Y_PPM"}, .noLabel = "*"};
+  ForeignList list{.file = file, .names = {"X_PPM", "Y_PPM"}, .direct = 0, .noLabel = "*"};
   Row header;
   for (Row& row : rows) {
     const std::vector<std::string>& fields = row.fields;
@@ -23,12 +23,13 @@ ForeignList readPipeTable(const std::string& file, std::vector<Row> rows) {
       list.noValue = textToDecimal(fields[1]);
     } else if (fields[0] == "NULLSTRING" && fields.size() > 1) {
       list.noLabel = fields[1];
-    } else if (fields[0] != "REMARK" && fields[0] != "FORMAT" && fields[0] != "DATA" && !fields[0].starts_with('#')) {
+    } else if (fields[0] != "REMARK" && fields[0] != "FORMAT" && fields[0] != "DATA") {
       if (header.fields.empty()) refuse(row.place, "a peak before the line of VARS");
       list.rows.push_back(std::move(row));
     }
   }
-  list.label = findColumn(header, "ASS");
+  list.columnCount = header.fields.size();
+  list.label[0] = list.label[1] = findColumn(header, "ASS");
   list.ppm = {findColumn(header, "X_PPM"), findColumn(header, "Y_PPM")};
   if (seekColumn(header, "Z_PPM") < ForeignList::kNone) refuse(file, "a list of more than two dimensions");
   if (seekColumn(header, "INDEX") < ForeignList::kNone) list.number = findColumn(header, "INDEX");

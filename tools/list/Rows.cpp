@@ -4,8 +4,8 @@
 #include <sstream>
 #include <utility>
 
-#include "base/Refusal.h"
 #include "base/TextFile.h"
+#include "base/TextNumbers.h"
 #include "peaks/LineSplitter.h"
 
 namespace peakbox::list {
@@ -21,19 +21,27 @@ void addUnlessEmpty(Row row, std::vector<Row>& rows) {
   if (!std::all_of(row.fields.begin(), row.fields.end(), isEmpty)) rows.push_back(std::move(row));
 }
 
+/// Whether this looks like a position, and not like the number of a residue.
+bool isReal(const std::string& text) { return text.find('.') != std::string::npos && textToDecimal(text); }
+
 }  // namespace
 
 std::vector<Row> splitAtBlanks(const std::string& text, const std::string& file) {
   std::vector<Row> rows;
-  for (std::int64_t number = 0; std::string_view line : splitLines(text)) {
-    Row row{.place = makePlace(file, ++number), .fields = {}};
-    if (std::count(line.begin(), line.end(), '\t') > 1) {
-      if (line.ends_with('\t')) line.remove_suffix(1);
-      for (const std::string_view field : splitFields(line, '\t')) row.fields.push_back(trim(std::string(field)));
+  for (std::int64_t number = 0; const std::string& untrimmed : splitLines(text)) {
+    ++number;
+    const std::string line = trim(untrimmed);
+    if (line.empty() || line[0] == '#') continue;
+    const std::size_t tab = std::min(line.find('\t'), line.size());
+    std::string label = trim(line.substr(0, tab));
+    std::vector<std::string> fields = splitWords(line.substr(tab));
+    const bool endsInNumber = isReal(label.substr(label.find_last_of(" \f\v") + 1));
+    if (!endsInNumber && fields.size() > 1 && textToDecimal(fields[0]) && textToDecimal(fields[1])) {
+      fields.insert(fields.begin(), std::move(label));
     } else {
-      row.fields = splitWords(std::string(line));
+      fields = splitWords(line);
     }
-    addUnlessEmpty(std::move(row), rows);
+    addUnlessEmpty({.place = makePlace(file, number), .fields = std::move(fields)}, rows);
   }
   return rows;
 }
@@ -50,9 +58,7 @@ std::vector<Row> splitAsOwn(const std::string& text, const std::string& file) {
   return rows;
 }
 
-std::vector<Row> splitAtSeparators(const std::string& text, const std::string& file) {
-  const std::string firstLine = text.substr(0, text.find('\n', text.find_first_not_of('\n')));
-  const char separator = firstLine.find('\t') != std::string::npos ? '\t' : ',';
+std::vector<Row> splitAtSeparators(const std::string& text, const std::string& file, char separator) {
   std::vector<Row> rows;
   std::int64_t line = 1;
   Row row{.place = makePlace(file, line), .fields = {}};
@@ -73,7 +79,8 @@ std::vector<Row> splitAtSeparators(const std::string& text, const std::string& f
       if (c == '\n') addUnlessEmpty(std::exchange(row, {.place = makePlace(file, line), .fields = {}}), rows);
     }
   }
-  if (isQuoted) refuse(row.place, "a quote that does not end");
+  row.isWhole = false;
+  if (isQuoted) rows.push_back(std::move(row));
   return rows;
 }
 

@@ -9,16 +9,17 @@ namespace peakbox::list {
 struct Row {
   std::string place;  // for refusals, "FILE:LINE"
   std::vector<std::string> fields;
+  bool isWhole = true;  // false where a quoted field does not end
 };
 
 /// The rows of a text that ends with a line, but those whose fields are all empty, cut
-///   - between tabs in a line with several of them, which lets labels have blanks, else between blanks,
+///   - between blanks and tabs, but that what stands before the first tab is one field, a label with blanks, where two
+///     numbers follow; lines that begin with '#' are left out,
 ///   - as peakbox cuts its own lists,
-///   - between tabs where the first line has some, else between commas. A field in quotes may hold these and line ends,
-///     and its quotes are doubled; one that does not end is refused.
+///   - between separators. A field in quotes may hold these and line ends, and its quotes are doubled.
 std::vector<Row> splitAtBlanks(const std::string& text, const std::string& file);
 std::vector<Row> splitAsOwn(const std::string& text, const std::string& file);
-std::vector<Row> splitAtSeparators(const std::string& text, const std::string& file);
+std::vector<Row> splitAtSeparators(const std::string& text, const std::string& file, char separator);
 
 /// The text without blanks around it.
 std::string trim(const std::string& text);

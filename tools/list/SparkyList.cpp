@@ -12,13 +12,19 @@ ForeignList readSparky(const std::string& file, std::vector<Row> rows) {
   if (!has(2, "w2")) refuse(header.place, "there is no column 'w2' behind w1");
   if (has(3, "w3")) refuse(file, "a list of more than two dimensions");
   rows.erase(rows.begin());
-  for (const Row& row : rows) {
-    // Labels have no blanks there, and always something.
+  for (Row& row : rows) {
     const std::string& label = row.fields[0];
-    if (count == 3 && row.fields.size() > 3) refuse(row.place, "more fields than columns");
     if (textToDecimal(label) && label.find('.') != std::string::npos) refuse(row.place, "there is no label");
+    for (std::size_t n = 3; n < row.fields.size(); ++n) {
+      if (row.fields[n].starts_with('#')) row.fields.resize(n);
+    }
   }
-  return {.file = file, .rows = std::move(rows), .label = 0, .ppm = {1, 2}, .names = {"w1", "w2"}};
+  return {.file = file,
+          .rows = std::move(rows),
+          .columnCount = has(count - 1, "Note") ? ForeignList::kNone : count,  // of any number of words
+          .label = {0, 0},
+          .ppm = {1, 2},
+          .names = {"w1", "w2"}};
 }
 
 }  // namespace peakbox::list

@@ -18,8 +18,8 @@ bool isWidth(const std::string& text) { return textToDecimal(text).value_or(0.0)
 /// The texts of an option between commas; none without it.
 Texts readTexts(const Arguments& arguments, char option, std::size_t count) {
   if (!arguments.has(option)) return {};
-  const std::vector<Row> rows = splitAtSeparators(arguments.get(option) + "\n", std::string("-") + option);
-  if (rows.size() != 1 || rows[0].fields.size() != count) arguments.refuseUsage();
+  const std::vector<Row> rows = splitAtSeparators(arguments.get(option) + "\n", "", ',');
+  if (rows.size() != 1 || !rows[0].isWhole || rows[0].fields.size() != count) arguments.refuseUsage();
   return rows[0].fields;
 }
 
@@ -44,22 +44,24 @@ int convert(const Arguments& arguments) {
   const Texts widths = readTexts(arguments, 'b', 2);
   const Texts columns = readTexts(arguments, 'c', 3);
   const std::string spectrumFile = arguments.get('s');
-  const bool isUsable = spectrumFile != "" && arguments.getOperands().size() == 1;
+  const bool isNamed = !arguments.has('d') || !arguments.get('d').empty();
+  const bool isUsable = spectrumFile != "" && arguments.getOperands().size() == 1 && isNamed;
   if (!isUsable || !std::all_of(widths.begin(), widths.end(), isWidth)) arguments.refuseUsage();
 
   const Spectrum spectrum = readSpectrum(spectrumFile);
   const std::array<std::string, 2> names = nameDimensions(spectrum);
   const ForeignList list = readForeignList(arguments.getOperands()[0], columns);
-  std::vector<Entry> entries = takeEntries(list);
-  const std::size_t direct = findDirect(list, entries, spectrum, spectrumFile, arguments.has('x'));
+  const std::vector<Entry> entries = takeEntries(list);
+  const std::size_t direct = findDirect(list, entries, spectrum, spectrumFile, arguments.get('d'));
 
   std::string text = writeListHeader(spectrum.getAxes(), names, cut(spectrumFile, 200));
   std::size_t unassigned = 0;
   std::size_t outside = 0;
-  for (const auto& [place, peak] : entries) {
-    unassigned += peak.label == "?";
+  for (const auto& [place, peak, labels] : entries) {
     outside += countFoldings(peak, spectrum.getAxes(), direct) > 0;
     ListEntry turned = peak;
+    turned.label = labels[direct];
+    unassigned += turned.label == "?";
     for (const std::size_t d : {0U, 1U}) {
       const std::size_t column = d == 0 ? direct : 1 - direct;
       turned.ppm[d] = peak.ppm[column];
@@ -84,6 +86,7 @@ int convert(const Arguments& arguments) {
 }  // namespace
 
 int peakboxList(int count, char** words) {
-  return runTool({"peakbox-list", "[-x] [-b WIDTH1,WIDTH2] [-c LABEL,PPM1,PPM2] -s SPECTRUM LIST", "b:c:s:x", convert},
-                 count, words);
+  return runTool(
+      {"peakbox-list", "[-b WIDTH1,WIDTH2] [-c LABEL,PPM1,PPM2] [-d COLUMN] -s SPECTRUM LIST", "b:c:d:s:", convert},
+      count, words);
 }
