@@ -162,10 +162,13 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
            {"bad: has 773 " + plane + " and a cube 3 times as many", files["in1"] + "12345"},
            {"bad: this is no file of NMRPipe", writeView(examplePlane())},
            {"bad: too short for a file of NMRPipe", "x"},
-           {"bad: has 2 delays, and there are 3 planes", "1\n2\n", "-o new -l bad in?"},
-           {"bad: has 4 delays, and there are 3 planes", "1\n2\n3\n4\n", "-o new -l bad in?"},
-           {"bad:2: '10 ms' is no delay, a number or one with n, u, m or s", "1\n10 ms\n", "-o new -l bad in?"},
+           {"bad: has 2 delays, and there are 3 planes", "1s\n2\n", "-o new -l bad in?"},
+           {"bad: has 4 delays, and there are 3 planes", "1\n2\n3\n4s\n", "-o new -l bad in?"},
+           {"bad:2: '10 min' is no delay, a number or one with n, u, m or s", "1\n10 min\n", "-o new -l bad in?"},
+           {"bad:1: '1 2 m' is no delay, a number or one with n, u, m or s", "1 2 m", "-o new -l bad in?"},
            {"bad:1: '0,5' is no delay, a number or one with n, u, m or s", "0,5", "-o new -l bad in?"},
+           {"bad:2: '1m' is no count, which -t asks for", "1\n1m\n", "-o new -l bad -t 2 in?"},
+           {"bad:1: '1.5' is no count, which -t asks for", "1.5\n", "-o new -l bad -t 2 in?"},
            {"none: there is no such file", "", "-o new in1 none"},
            {".: this is no regular file", "", "-o new ."},
            {"./in1: is given twice", "", "-o new in1 in2 ./in1"},
@@ -181,9 +184,31 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
                                     "; echo $?; ls -d new 001.ft2 2>&-'"),
               outcome(2, "peakbox-planes: " + row.message + "\n", "(no file)", "1\n"));
   }
-  const std::string usage = "usage: peakbox-planes [-k] [-l LIST] -o DIR FILE...\n";
-  EXPECT_EQ(runExample({}, "sh -c 'peakbox-planes a; peakbox-planes -o b; peakbox-planes -o b -l \"\" a'"),
-            outcome(2, usage + usage + usage));
+  const std::string usage = "usage: peakbox-planes [-k] [-l LIST [-t SECONDS]] -o DIR FILE...\n";
+  for (const std::string arguments :
+       {"a", "-o b", "-o b -l '' a", "-o b -t 1 a", "-o b -l c -t 0 a", "-o b -l c -t 1m a"}) {
+    EXPECT_EQ(runExample({}, "peakbox-planes " + arguments), outcome(2, usage)) << arguments;
+  }
+}
+
+TEST(PeakboxPlanes, TakeDelaysInAnyUnit) {
+  const std::string bare = "peakbox-planes: list: has no units: its numbers are taken for seconds\n";
+  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+      {"10 ms\n20us # x\n; y\n\n3 n", "", "0.01 2e-05 3e-09", ""},
+      {"\xef\xbb\xbf"
+       "0.010\r2 s\r+5e-1m\r",
+       "", "0.010 2 0.0005", ""},
+      {"#T\r\n1\r\n2.50;z\r\n1e-3\r\n", "", "1 2.50 1e-3", bare},
+      {"2\n0\n12", "-t 0.0408", "0.0816 0 0.4896", ""},
+  };
+  for (const auto& [list, options, delays, message] : rows) {
+    Files files = writeForm({});
+    files["list"] = list;
+    EXPECT_EQ(runExample(files, "sh -c 'peakbox-planes -l list " + options +
+                                    " -o to in? | sed -n \"s/SPECTRUM [^ ]* //p\" | xargs'"),
+              outcome(0, message, "(no file)", delays + "\n"))
+        << list;
+  }
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <cmath>
 #include <filesystem>
 #include <set>
 
@@ -6,6 +5,7 @@
 #include "base/TextFile.h"
 #include "base/TextNumbers.h"
 #include "common/Tool.h"
+#include "planes/Delays.h"
 #include "planes/FileOrder.h"
 #include "planes/PlaneWriter.h"
 
@@ -48,33 +48,13 @@ Texts nameSources(const std::vector<PipeFile>& files) {
   return sources;
 }
 
-/// The parameters of a list: one a line, a number or one with the suffix n, u, m or s, which becomes seconds.
-Texts readDelays(const std::string& file) {
-  const std::optional<std::string> text = readFile(file);
-  if (!text) refuse(file, "cannot be read");
-  Texts delays;
-  for (int number = 0; const std::string& line : splitLines(*text)) {
-    ++number;
-    const Texts words = splitWords(line);
-    if (words.empty()) continue;
-    const std::size_t digits = words[0].find_last_not_of("smun") + 1;
-    const std::string suffix = words[0].substr(digits);
-    const std::optional<double> value = textToDecimal(words[0].substr(0, digits));
-    if (words.size() > 1 || !value || suffix.size() > 1) {
-      refuse(file + ":" + std::to_string(number), "'" + line + "' is no delay, a number or one with n, u, m or s");
-    }
-    char seconds[32];
-    std::snprintf(seconds, sizeof seconds, "%.15g", *value / std::pow(1000.0, std::string("smun").find(suffix)));
-    delays.push_back(suffix.empty() ? words[0] : seconds);
-  }
-  return delays;
-}
-
 int convert(const Arguments& arguments) {
   const std::string list = arguments.get('l');
   std::string folder = arguments.get('o');
   const Texts& names = arguments.getOperands();
   if (names.empty() || folder.empty() || (arguments.has('l') && list.empty())) arguments.refuseUsage();
+  const std::optional<double> secondsPerCount = textToDecimal(arguments.get('t'));
+  if (arguments.has('t') && (list.empty() || !(secondsPerCount > 0.0))) arguments.refuseUsage();
   while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
   if (folder.find_first_of(" \t\r\n,") != std::string::npos) {
     refuse(folder, "a name in a parameter file has no blanks and no commas");
@@ -83,7 +63,7 @@ int convert(const Arguments& arguments) {
   const std::vector<PipeFile> files = readFiles(names);
   if (!arguments.has('k')) refuseFallingNumbers(names);
   const Texts sources = nameSources(files);
-  const Texts delays = list.empty() ? Texts(sources.size()) : readDelays(list);
+  const Texts delays = list.empty() ? Texts(sources.size()) : readDelays(list, secondsPerCount);
   const auto count = [](const Texts& texts) { return std::to_string(texts.size()); };
   if (delays.size() != sources.size()) {
     refuse(list, "has " + count(delays) + " delays, and there are " + count(sources) + " planes");
@@ -103,5 +83,5 @@ int convert(const Arguments& arguments) {
 }  // namespace
 
 int peakboxPlanes(int count, char** words) {
-  return runTool({"peakbox-planes", "[-k] [-l LIST] -o DIR FILE...", "kl:o:", convert}, count, words);
+  return runTool({"peakbox-planes", "[-k] [-l LIST [-t SECONDS]] -o DIR FILE...", "kl:o:t:", convert}, count, words);
 }
