@@ -9,8 +9,8 @@ namespace peakbox {
 
 Series::Series(const RunSettings& settings, const Spectrum& first, const PeakList& peaks)
     : halfWidths{settings.getBoxSize(0), settings.getBoxSize(1)},
+      axes(first.getAxes()),
       boxes(static_cast<unsigned>(peaks.getCount()), settings.getTolerance1(), settings.getTolerance2()),
-      moves{first.hzToPoints(settings.getTolerance1(), 0) >= 1.0, first.hzToPoints(settings.getTolerance2(), 1) >= 1.0},
       losses(static_cast<std::size_t>(peaks.getCount())) {
   boxes.placeBoxes(first, peaks);
   for (int j = 0; j < peaks.getCount(); ++j) firstAreas.push_back({boxes.getExtent1(j), boxes.getExtent2(j)});
@@ -35,11 +35,13 @@ void Series::measure(int index, const Spectrum& spectrum) {
 Sighting Series::sight(std::size_t j, const Spectrum& spectrum) const {
   const int peak = static_cast<int>(j);
   const Point point{std::llround(boxes.getExtent1(peak).centre), std::llround(boxes.getExtent2(peak).centre)};
-  const std::array<bool, 2> along{indices.size() == 1 || moves[0], indices.size() == 1 || moves[1]};
+  const Point top = climb(spectrum, point, noise.back());
+  const DataPlane& data = spectrum.getData();
   return {.point = point,
-          .height = spectrum.getData()[point[0]][point[1]],
+          .height = data[point[0]][point[1]],
           .sum = boxes.getIntensity(peak),
-          .isOnFlank = findHigher(spectrum, point, noise.back(), along).has_value()};
+          .top = interpolateTop(spectrum, top),
+          .topHeight = data[top[0]][top[1]]};
 }
 
 std::array<BoxExtent, 2> Series::getLaterArea(std::size_t j) const {

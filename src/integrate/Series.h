@@ -12,10 +12,11 @@ namespace peakbox {
 
 /// What one spectrum shows of a peak.
 struct Sighting {
-  Point point{};           // of the greatest magnitude in the search area
-  double height = 0;       // the value there
-  double sum = 0;          // of the box around it
-  bool isOnFlank = false;  // a point beside it is higher, where the search could have gone
+  Point point{};                // of the greatest magnitude in the search area
+  double height = 0;            // the value there
+  double sum = 0;               // of the box around it
+  std::array<double, 2> top{};  // reached uphill from there, between the points
+  double topHeight = 0;
 };
 
 /// Where a run ends at a peak whose box leaves the plane: in spectrum `index`, from 0.
@@ -36,6 +37,9 @@ class Series {
   void measure(int index, const Spectrum& spectrum);
 
   std::size_t getPeakCount() const { return losses.size(); }
+
+  /// The axes of the first spectrum, by which peaks are placed.
+  const Axes& getAxes() const { return axes; }
 
   /// The spectra that have been measured.
   const std::vector<int>& getIndices() const { return indices; }
@@ -58,8 +62,8 @@ class Series {
   Sighting sight(std::size_t j, const Spectrum& spectrum) const;
 
   const std::array<std::int32_t, 2> halfWidths;
+  const Axes axes;
   BoxTable boxes;
-  std::array<bool, 2> moves{};  // whether the tolerance lets the search go to a point beside the first one
   std::vector<std::array<BoxExtent, 2>> firstAreas;
   std::vector<int> indices;
   std::vector<double> noise;

@@ -5,16 +5,15 @@
 
 namespace peakbox {
 
-std::optional<Point> findHigher(const Spectrum& spectrum, const Point& point, double noise,
-                                const std::array<bool, 2>& along) {
+std::optional<Point> findHigher(const Spectrum& spectrum, const Point& point, double noise) {
   const DataPlane& data = spectrum.getData();
   const double value = data[point[0]][point[1]];
   if (!isSure(value, noise)) return std::nullopt;
   const double sign = value < 0 ? -1.0 : 1.0;
   double highest = sign * value + noise;
   std::optional<Point> higher;
-  for (std::int64_t a = point[0] - along[0]; a <= point[0] + along[0]; ++a) {
-    for (std::int64_t b = point[1] - along[1]; b <= point[1] + along[1]; ++b) {
+  for (std::int64_t a = point[0] - 1; a <= point[0] + 1; ++a) {
+    for (std::int64_t b = point[1] - 1; b <= point[1] + 1; ++b) {
       if (!spectrum.getAxes().contains({a, b}) || !(sign * data[a][b] > highest)) continue;
       highest = sign * data[a][b];
       higher = {a, b};

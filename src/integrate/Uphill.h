@@ -14,10 +14,9 @@ inline bool isSure(double height, double noise) {
   return std::fabs(height) > 0 && std::fabs(height) >= kSureHeight * noise;
 }
 
-/// The highest neighbour of a point, along the dimensions that are asked for, that is higher than it by more than the
-/// noise; of a negative point the lowest. Nothing where there is none, or where the point itself is in the noise.
-std::optional<Point> findHigher(const Spectrum& spectrum, const Point& point, double noise,
-                                const std::array<bool, 2>& along = {true, true});
+/// The highest neighbour of a point that is higher than it by more than the noise; of a negative point the lowest.
+/// Nothing where there is none, or where the point itself is in the noise.
+std::optional<Point> findHigher(const Spectrum& spectrum, const Point& point, double noise);
 
 /// The top that is reached uphill from a point in a few steps.
 Point climb(const Spectrum& spectrum, Point point, double noise);

@@ -55,9 +55,15 @@ ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& se
 void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
                     const RunSettings& settings, const FileFindings& findings);
 
-/// PeakFindings: puts into words what is wrong with the peaks of a series that has been measured, and how they moved.
-void tellPeaks(const Series& series, const ListedPeaks& peaks, const class MovementCheck& movement,
-               const RunSettings& settings, Findings& findings);
+/// What findings about the list or whole planes explain, so that it is not told of single peaks.
+struct Explained {
+  bool list = false;         // all lines of peaks but errors
+  std::vector<bool> planes;  // by spectrum: what peaks show there
+};
+
+/// PeakFindings: puts into words what is wrong with the peaks of a series that has been measured.
+void tellPeaks(const Series& series, const ListedPeaks& peaks, const Explained& explained, const RunSettings& settings,
+               Findings& findings);
 
 /// Peaks that say something of a whole list or spectrum.
 inline constexpr std::size_t kFewestPeaks = 3;

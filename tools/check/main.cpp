@@ -27,7 +27,9 @@ void checkSeries(const RunSettings& settings, SpectraCheck& spectra, const Liste
     }
     takeMessages();  // what a run would print is told in other words
   }
-  if (series) tellPeaks(*series, peaks, movement, settings, findings);
+  movement.tell(findings);
+  const Explained explained{.planes = std::vector<bool>(static_cast<std::size_t>(settings.getSpectrumCount()))};
+  if (series) tellPeaks(*series, peaks, explained, settings, findings);
 }
 
 void checkRun(const Arguments& arguments, Findings& findings) {

@@ -14,26 +14,23 @@ namespace peakbox {
 
 namespace {
 
-/// The first thing that is wrong with each peak. What two share is told of both, of boxes only if it is more than half.
+/// The worst that is wrong with each peak; of boxes that share points only if it is more than half.
 std::vector<Trouble> describeTroubles(const MeasuredRun& run) {
   const double boxSize = 4 * run.halfBox[0] * run.halfBox[1];
-  std::vector<Trouble> troubles(run.series->getPeakCount());
-  const auto found = findTroubles(*run.series, run.settings, run.peaks);
-  for (std::size_t j = 0; j < found.size(); ++j) {
-    for (const PeakTrouble& trouble : found[j]) {
-      const bool isSame = trouble.kind == TroubleKind::SamePoint;
-      const bool isShared = trouble.kind == TroubleKind::SharesPoints;
-      if (isShared && 2 * static_cast<double>(trouble.sharedPoints) <= boxSize) continue;
-      for (const auto& [one, other] : {std::pair{j, trouble.other}, std::pair{trouble.other, j}}) {
-        if (!troubles[one].text.empty() || (one != j && !isSame && !isShared)) continue;
-        const std::string label(run.report->getPeaks()[other].label);
-        troubles[one].text = isSame                                 ? "same point as " + label
-                             : isShared                             ? "more than half of its box shared with " + label
-                             : trouble.kind == TroubleKind::OnFlank ? "on a flank"
-                                                                    : "no peak";
-        troubles[one].text += compose(", in ", trouble.spectra.size(), " of ", run.abscissas.size(), " spectra");
-        for (const int number : trouble.spectra) troubles[one].spectra.insert(static_cast<std::size_t>(number - 1));
-      }
+  std::vector<Trouble> troubles;
+  for (const std::vector<PeakTrouble>& found : findTroubles(*run.series, run.settings, run.peaks)) {
+    Trouble& trouble = troubles.emplace_back();
+    for (const PeakTrouble& one : found) {
+      const bool isShared = one.kind == TroubleKind::SharesPoints;
+      if (!trouble.text.empty() || (isShared && 2 * static_cast<double>(one.sharedPoints) <= boxSize)) continue;
+      const std::string other(one.other ? run.report->getPeaks()[*one.other].label : "");
+      trouble.text = one.kind == TroubleKind::SamePoint ? "same point as " + other
+                     : isShared                         ? "more than half of its box shared with " + other
+                     : one.kind == TroubleKind::OnFlank ? "on a flank"
+                     : one.kind == TroubleKind::Moved   ? "moved"
+                                                        : "no peak";
+      trouble.text += compose(", in ", one.spectra.size(), " of ", run.abscissas.size(), " spectra");
+      for (const int number : one.spectra) trouble.spectra.insert(static_cast<std::size_t>(number - 1));
     }
   }
   return troubles;
