@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "check/Checks.h"
-#include "check/MovementCheck.h"
 #include "check/SpectraCheck.h"
 #include "common/Tool.h"
 
@@ -17,17 +16,12 @@ namespace {
 void checkSeries(const RunSettings& settings, SpectraCheck& spectra, const ListedPeaks& peaks, Findings& findings) {
   std::optional<Series> series;
   if (peaks.isUsable && settings.hasBoxSize()) series.emplace(settings, spectra.getSpectrum(), peaks.list);
-  MovementCheck movement(settings, peaks);
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     const bool isSound = spectra.check(k);
     if (k == 0 && !isSound) series.reset();
-    if (series && isSound) {
-      series->measure(k, spectra.getSpectrum());
-      movement.follow(*series, spectra.getSpectrum());
-    }
+    if (series && isSound) series->measure(k, spectra.getSpectrum());
     takeMessages();  // what a run would print is told in other words
   }
-  movement.tell(findings);
   const Explained explained{.planes = std::vector<bool>(static_cast<std::size_t>(settings.getSpectrumCount()))};
   if (series) tellPeaks(*series, peaks, explained, settings, findings);
 }
