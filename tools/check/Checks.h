@@ -12,14 +12,17 @@ namespace peakbox {
 
 /// What a parameter file sets, as far as it can be read.
 struct Parameters {
+  std::string file;
   RunSettings settings;
-  std::int64_t toleranceLine = 0;  // of the one that counts
+  std::int64_t toleranceLine = 0;  // of the one that counts; 0 where there is none
+  std::int64_t fieldLine = 0;
+  double field = 0;  // MHz
+  std::vector<std::int64_t> spectrumLines;
 };
 
-/// ParameterCheck: reads the file, which may be a pipe. When the axes of the first spectrum are known, tells of
-/// tolerances of less than a point.
+/// ParameterCheck: reads the file, which may be a pipe. When the first spectrum is known, compares FIELD with it.
 Parameters readParameters(const FileFindings& findings);
-void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const FileFindings& findings);
+void checkField(const Parameters& parameters, const Spectrum& first, const FileFindings& findings);
 
 /// ReportCheck: what would become of a report of this name.
 void checkReport(const std::string& report, const std::string& parameterFile, const RunSettings& settings,
@@ -37,6 +40,7 @@ struct ListedPeaks {
   PeakList list{};
   std::vector<Entry> entries{};  // one for each peak
   bool isUsable = false;         // whether they can be measured
+  bool isMisread = false;        // positions or widths are not in ppm, which explains what else is wrong with them
 
   const std::string& getLabel(std::size_t j) const { return list.getLabel(static_cast<int>(j)); }
 

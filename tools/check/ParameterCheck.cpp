@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <map>
 
 #include "base/TextFile.h"
 #include "base/TextNumbers.h"
 #include "check/Checks.h"
 #include "check/InputFile.h"
+#include "spectrum/Nuclei.h"
 
 namespace peakbox {
 
@@ -56,7 +58,11 @@ struct ParameterReader {
       if (keyword == "BOXSIZE") checkBoxSize();
       if (keyword == "TOLERANCE") checkTolerance();
       if (keyword == "FIELD" || keyword == "PEAKLIST") checkOneValue(keyword == "FIELD");
-      if (keyword == "SPECTRUM") checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);
+      if (keyword == "FIELD") parameters.fieldLine = line;
+      if (keyword == "FIELD") parameters.field = textToReal(tokens()[1].c_str());
+      if (keyword != "SPECTRUM") continue;
+      parameters.spectrumLines.push_back(line);
+      checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);
     }
     line = 0;
     accept([&] { settings.refuseNoSpectrum(); });
@@ -119,18 +125,18 @@ Parameters readParameters(const FileFindings& findings) {
   const std::optional<std::string> text = readText(findings);
   if (!text) return {};
   ParameterReader reader{findings};
+  reader.parameters.file = findings.file;
   reader.readLines(*text);
   return reader.parameters;
 }
 
-void checkTolerancePoints(const Parameters& parameters, const Axes& axes, const FileFindings& findings) {
-  const RunSettings& settings = parameters.settings;
-  if (settings.getSpectrumCount() < 2 || parameters.toleranceLine == 0) return;
-  for (const auto& [dim, hz] : {std::pair(0, settings.getTolerance1()), std::pair(1, settings.getTolerance2())}) {
-    const double points = axes.hzToPoints(hz, dim);
-    findings.add(points > 0.0 && points < 0.999, parameters.toleranceLine, "warning: TOLERANCE of dimension ", dim + 1,
-                 ", ", hz, " Hz, is less than a point (", hz / points, " Hz) and acts as 0");
-  }
+void checkField(const Parameters& parameters, const Spectrum& first, const FileFindings& findings) {
+  const double mhz = std::fabs(first.getObserveMHz(0));
+  const std::array<std::string, 2> nuclei = nameDimensions(first);
+  const bool isProton = nuclei[0] == "1H" || nuclei[0] == "D1";  // FIELD is a frequency of 1H
+  const bool isOff = isProton && parameters.field > 0 && std::fabs(parameters.field / mhz - 1) > 0.01;
+  findings.add(isOff, parameters.fieldLine, "warning: FIELD ", parameters.field, " is not that of the first spectrum, ",
+               mhz, " MHz");
 }
 
 }  // namespace peakbox

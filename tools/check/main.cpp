@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "check/Checks.h"
+#include "check/SeriesCheck.h"
 #include "check/SpectraCheck.h"
 #include "common/Tool.h"
 
@@ -13,17 +14,21 @@ namespace peakbox {
 namespace {
 
 /// Checks the spectra, and measures the peaks in those that are sound as long as the first one is.
-void checkSeries(const RunSettings& settings, SpectraCheck& spectra, const ListedPeaks& peaks, Findings& findings) {
+void checkSeries(const Parameters& parameters, SpectraCheck& spectra, const ListedPeaks& peaks, Findings& findings) {
+  const RunSettings& settings = parameters.settings;
   std::optional<Series> series;
   if (peaks.isUsable && settings.hasBoxSize()) series.emplace(settings, spectra.getSpectrum(), peaks.list);
+  SeriesCheck check(parameters, peaks);
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     const bool isSound = spectra.check(k);
     if (k == 0 && !isSound) series.reset();
-    if (series && isSound) series->measure(k, spectra.getSpectrum());
+    if (series && isSound) {
+      series->measure(k, spectra.getSpectrum());
+      check.follow(*series, spectra.getSpectrum());
+    }
     takeMessages();  // what a run would print is told in other words
   }
-  const Explained explained{.planes = std::vector<bool>(static_cast<std::size_t>(settings.getSpectrumCount()))};
-  if (series) tellPeaks(*series, peaks, explained, settings, findings);
+  if (series) tellPeaks(*series, peaks, check.tell(*series, findings), settings, findings);
 }
 
 void checkRun(const Arguments& arguments, Findings& findings) {
@@ -33,9 +38,9 @@ void checkRun(const Arguments& arguments, Findings& findings) {
   if (arguments.has('o')) checkReport(arguments.get('o'), ofFile.file, settings, findings);
   SpectraCheck spectra(settings, findings);
   const bool hasAxes = spectra.readFirstHeader();
-  if (hasAxes) checkTolerancePoints(parameters, spectra.getSpectrum().getAxes(), ofFile);
+  if (hasAxes) checkField(parameters, spectra.getSpectrum(), ofFile);
   const ListedPeaks peaks = readPeaks(spectra.getSpectrum(), hasAxes, settings, findings);
-  checkSeries(settings, spectra, peaks, findings);
+  checkSeries(parameters, spectra, peaks, findings);
 }
 
 int run(const Arguments& arguments) {

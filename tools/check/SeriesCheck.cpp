@@ -1,0 +1,37 @@
+#include "check/SeriesCheck.h"
+
+#include "check/SampledSeries.h"
+
+namespace peakbox {
+
+void SeriesCheck::follow(const Series& series, const Spectrum& spectrum) {
+  if (planes.empty()) axes = spectrum.getAxes();
+  planes.emplace_back(spectrum, series.getPeakCount());
+  profiles.emplace_back(series, spectrum);
+}
+
+/// The order is that in which causes explain one another: what a finding has taken out is looked at no more.
+Explained SeriesCheck::tell(const Series& series, Findings& findings) const {
+  SampledSeries all{parameters, peaks, series, axes, planes, profiles, findings};
+  Explained explained{.list = peaks.isMisread || checkListPlace(all), .planes = {}};
+  checkContents(all);
+  const std::vector<Displacement> displaced = findDisplaced(all);
+  checkForeign(all, displaced);
+  if (!explained.list) checkPhase(all);
+  if (explained.list || !checkWalk(all)) tellDisplaced(all, displaced);
+  checkScale(all);
+  if (!explained.list) {
+    checkZeroBoxes(all);
+    checkSigns(all);
+    checkRepeats(all);
+    checkOrder(all);
+    checkTolerance(all);
+  }
+  explained.planes.resize(static_cast<std::size_t>(parameters.settings.getSpectrumCount()));
+  for (std::size_t n = 0; n < planes.size(); ++n) {
+    explained.planes[static_cast<std::size_t>(series.getIndices()[n])] = all.taken[n];
+  }
+  return explained;
+}
+
+}  // namespace peakbox
