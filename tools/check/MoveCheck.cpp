@@ -21,20 +21,18 @@ double distance(const Extreme& a, const Extreme& b) {
 /// Follows a peak from where it is strongest, from plane to plane, to the first and to the last.
 Track followTop(const SampledSeries& all, const StrongPeak& peak, const std::vector<std::size_t>& planes) {
   const RunSettings& settings = all.parameters.settings;
-  const auto reachOf = [&](int dim) { return std::clamp<double>(settings.getBoxSize(dim) + 1.0, 2, 6); };
+  const auto reachOf = [&](int dim) { return std::clamp<double>(settings.getBoxSize(dim) + 1.5, 2.5, 6.5); };
   const std::array<double, 2> reach{reachOf(0), reachOf(1)};
   const Point& point = all.series.getSighting(peak.plane, peak.j).point;
   const bool isPositive = all.heightOf(peak.plane, peak.j) > 0;
   const std::array<double, 2> start{static_cast<double>(point[0]), static_cast<double>(point[1])};
-  const Extreme* first =
-      all.isFree(peak.plane) ? all.planes[peak.plane].findNearest(start, reach, isPositive) : nullptr;
+  const Extreme* first = all.isFree(peak.plane) ? all.planes[peak.plane].findTop(start, reach, isPositive) : nullptr;
   if (first == nullptr) return {};
   Track track{{peak.plane, first}};
   const auto follow = [&](std::size_t n, const Extreme*& last) {
     const double height = all.heightOf(n, peak.j);
     if (std::fabs(height) > 5 && (height > 0) != isPositive) return;
-    const Extreme* top =
-        all.planes[n].findNearest({last->place[0], last->place[1]}, {reach[0] + 1.5, reach[1] + 1.5}, isPositive);
+    const Extreme* top = all.planes[n].findTop({last->place[0], last->place[1]}, reach, isPositive);
     if (top == nullptr) return;
     track[n] = top;
     last = top;
@@ -66,20 +64,15 @@ class MoveCheck {
     for (const StrongPeak& peak : all.findPeaks(10)) take(peak);
   }
 
-  bool tellWalk() const {
-    if (!doesWalk()) return false;
-    tellTolerance(" is too small: " + std::to_string(walking) + " of " + std::to_string(seen) +
-                  " peaks move out of it, from " + all.nameOf(firstLeft) +
-                  " on; make it larger, or go from plane to "
-                  "plane with the places found last");
-    return true;
-  }
-
-  void tellRest() const {
+  void tell() const {
     const bool isEnough = tops >= kFewestTops;
     const bool doMove = isEnough && 10 * moved > tops;
-    if (doesWalk()) return;
-    if (!below.empty() && (isGiven || doMove)) {
+    if (seen >= kFewestTops && walking >= kFewestPeaks && 100 * walking > 15 * seen) {
+      tellTolerance(" is too small: " + std::to_string(walking) + " of " + std::to_string(seen) +
+                    " peaks move out of it, from " + all.nameOf(firstLeft) +
+                    " on; make it larger, or go from plane to "
+                    "plane with the places found last");
+    } else if (!below.empty() && (isGiven || doMove)) {
       tellTolerance(" is below a point of " + describePoints() + " and acts as 0 there" +
                     (doMove ? ", but peaks move: give at least a point" : "; write 0 if that is meant"));
     } else if (isEnough && !doMove && boxesMoved > 0) {
@@ -89,7 +82,6 @@ class MoveCheck {
   }
 
  private:
-  bool doesWalk() const { return seen >= kFewestTops && walking >= kFewestPeaks && 100 * walking > 15 * seen; }
   void take(const StrongPeak& peak);
   bool doBoxesMove(std::size_t j) const;
   bool isLeft(const Extreme& top, std::size_t n, std::size_t j) const;
@@ -179,10 +171,8 @@ void MoveCheck::findWalk(const Track& track, std::size_t j) {
 
 }  // namespace
 
-bool checkWalk(const SampledSeries& all) { return all.planes.size() > 1 && MoveCheck(all).tellWalk(); }
-
-void checkTolerance(const SampledSeries& all) {
-  if (all.planes.size() > 1) MoveCheck(all).tellRest();
+void checkMovement(const SampledSeries& all) {
+  if (all.planes.size() > 1) MoveCheck(all).tell();
 }
 
 }  // namespace peakbox

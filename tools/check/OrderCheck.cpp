@@ -56,12 +56,9 @@ bool isBetween(double value, double a, double b) {
   return value >= std::min(a, b) - 0.05 && value <= std::max(a, b) + 0.05;
 }
 
-/// Whether the magnitude of the i-th plane in order goes on where its neighbours lead, or is that of its repeat.
-bool goesOn(std::size_t i, const std::vector<double>& y, const std::vector<double>& parameters) {
+/// Whether the magnitude of the i-th plane in order goes on where its neighbours lead.
+bool goesOn(std::size_t i, const std::vector<double>& y) {
   const auto size = [&](std::size_t k) { return std::fabs(y[k]); };
-  for (std::size_t k = 0; k < y.size() && !parameters.empty(); ++k) {
-    if (k != i && parameters[k] == parameters[i]) return std::fabs(size(i) / size(k) - 1) < 0.2;
-  }
   const std::size_t last = y.size() - 1;
   if (i > 0 && i < last)
     return isBetween(size(i), size(i - 1), size(i + 1)) && size(i) > 0.5 * std::min(size(i - 1), size(i + 1));
@@ -157,30 +154,32 @@ bool goesSteadily(const SampledSeries& all, const Shares& rows, const std::vecto
 
 void checkSigns(SampledSeries& all) {
   const std::vector<StrongPeak> peaks = all.findPeaks(15);
-  const std::vector<double> parameters = all.readParameters();
-  const std::vector<std::size_t> order = orderByParameter(all.findFree(), parameters);
+  const std::vector<std::size_t> order = orderByParameter(all.findFree(), all.readParameters());
   if (order.size() < 4 || peaks.size() < kFewestOrderedPeaks) return;
   const Shares shares = findShares(all, peaks);
   std::vector<double> middles;
-  std::vector<double> ordered;
   for (const std::size_t n : order) {
     std::vector<double> row = shares[n];
     middles.push_back(takeMedian(row));
-    if (!parameters.empty()) ordered.push_back(parameters[n]);
   }
   const auto positive = std::count_if(middles.begin(), middles.end(), [](double value) { return value > 0; });
   if (positive != 1 && positive + 1 != std::ssize(middles)) return;
   const auto isOdd = [&](double value) { return (value > 0) == (positive == 1); };
   const auto i = static_cast<std::size_t>(std::find_if(middles.begin(), middles.end(), isOdd) - middles.begin());
+  const std::size_t odd = order[i];
+  const auto isRepeat = [&](std::size_t n) { return n != odd && all.areRepeats(n, odd); };
+  const auto repeat = std::find_if(order.begin(), order.end(), isRepeat);
   std::size_t sure = 0;
   std::size_t agreeing = 0;
   for (std::size_t k = 0; k < peaks.size(); ++k) {
-    if (std::fabs(all.heightOf(order[i], peaks[k].j)) <= 4) continue;
+    if (std::fabs(all.heightOf(odd, peaks[k].j)) <= 4) continue;
     ++sure;
-    agreeing += isOdd(shares[order[i]][k]);
+    agreeing += repeat == order.end() ? isOdd(shares[odd][k]) : shares[odd][k] * shares[*repeat][k] < 0;
   }
-  if (sure < 5 || 10 * agreeing <= 9 * sure || !goesOn(i, middles, ordered)) return;
-  all.tellPlanes({order[i]},
+  const double asRepeat = repeat == order.end() ? 0 : middles[static_cast<std::size_t>(repeat - order.begin())];
+  const bool doesFit = asRepeat == 0 ? goesOn(i, middles) : std::fabs(middles[i] / asRepeat + 1) < 0.2;
+  if (sure < 5 || 10 * agreeing <= 9 * sure || !doesFit) return;
+  all.tellPlanes({odd},
                  "its peaks have the other sign than in all other spectra, while their size goes on: "
                  "inverted, as by a phase that is off by 180 degrees; phase it like the others");
 }
@@ -189,9 +188,7 @@ void checkRepeats(SampledSeries& all) {
   const std::vector<std::size_t> planes = all.findFree();
   for (const std::size_t a : planes) {
     for (const std::size_t b : planes) {
-      const bool isRepeat = b < a && all.isFree(a) && all.isFree(b) && !all.getParameter(a, 0).empty() &&
-                            all.getParameter(a, 0) == all.getParameter(b, 0) &&
-                            all.getParameter(a, 1) == all.getParameter(b, 1);
+      const bool isRepeat = b < a && all.isFree(a) && all.isFree(b) && all.areRepeats(a, b);
       const double difference = isRepeat ? findDifference(all, a, b) : 0;
       if (difference == 0) continue;
       all.tellParameter(a, all.nameOf(a) + " repeats " + all.nameOf(b) + " (" + all.getParameter(a, 0) +

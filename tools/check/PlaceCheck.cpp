@@ -182,17 +182,20 @@ bool checkListPlace(const SampledSeries& all) {
                     ", and as it is ", countOf(best.hitsUnshifted), "; correct its reference");
 }
 
+/// In a series that drifts no plane fits half of the others.
 std::vector<Displacement> findDisplaced(const SampledSeries& all) {
   std::vector<Displacement> displaced;
   std::size_t most = 0;
+  const std::size_t count = all.findFree().size();
   for (const std::size_t reference : findRichest(all)) {
     std::size_t fitting = 1;
-    std::vector<Displacement> found = compareWith(all, reference, fitting);
-    if (fitting > most) displaced = found;
-    most = std::max(most, fitting);
+    const std::vector<Displacement> found = compareWith(all, reference, fitting);
+    if (fitting <= most) continue;
+    most = fitting;
+    const bool isOut = count == 2 || (3 * found.size() <= count && 2 * fitting > count);
+    displaced = isOut ? found : std::vector<Displacement>();
   }
-  const std::size_t count = all.findFree().size();
-  return count == 2 || 3 * displaced.size() <= count ? displaced : std::vector<Displacement>();
+  return displaced;
 }
 
 void checkForeign(SampledSeries& all, const std::vector<Displacement>& displaced) {

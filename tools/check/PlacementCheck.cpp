@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
 
+#include "base/RobustSpread.h"
 #include "base/TextNumbers.h"
 #include "check/Checks.h"
 #include "peaks/LineSplitter.h"
@@ -44,6 +46,78 @@ bool hasExchangedPositions(const PeakList& list, const Axes& axes) {
   return 2 * exchanged >= list.getCount() && 2 * straight < list.getCount();
 }
 
+/// The values of one dimension of the peaks that stand for signals.
+struct ListedValues {
+  const Axes& axes;
+  std::array<std::vector<double>, 2> ppm{};
+  std::array<std::vector<double>, 2> widths{};  // ppm
+
+  ListedValues(const ListedPeaks& peaks, const Axes& spectrumAxes) : axes(spectrumAxes) {
+    for (const ListedPeaks::Entry& entry : peaks.entries) {
+      const int j = static_cast<int>(entry.position);
+      if (!entry.hasNumbers || isNoiseLabel(peaks.list.getLabel(j))) continue;
+      for (const int dim : {0, 1}) {
+        const auto d = static_cast<std::size_t>(dim);
+        ppm[d].push_back(axes.pointToPpm(peaks.list.getPosition(j, dim), dim));
+        widths[d].push_back(peaks.list.getBoundsWidth(j, dim) * axes.hzPerPoint[d] / axes.observeMHz[d]);
+      }
+    }
+  }
+
+  /// The share of positions that are on the axis of a dimension when a unit is so many of its ppm.
+  double findInside(std::size_t d, double unit, int dim) const {
+    const auto isInside = [&](double value) {
+      const double point = axes.ppmToPoint(value * unit, dim);
+      return point > -1.5 && point < axes.sizes[static_cast<std::size_t>(dim)] + 0.5;
+    };
+    const auto inside = std::count_if(ppm[d].begin(), ppm[d].end(), isInside);
+    return static_cast<double>(inside) / static_cast<double>(ppm[d].size());
+  }
+
+  /// In what the positions of a dimension are if not in ppm; empty where most of them are inside as they are.
+  std::string findUnit(int dim) const {
+    const auto d = static_cast<std::size_t>(dim);
+    const double inside = findInside(d, 1, dim);
+    if (inside > 0.3) return "";
+    if (findInside(d, 1, 1 - dim) >= 0.9) return "ppm of the other dimension";
+    const auto [least, most] = std::minmax_element(ppm[d].begin(), ppm[d].end());
+    const double size = axes.sizes[d];
+    const bool arePoints = *least >= 0 && *most <= size + 1 && *most - *least > 0.3 * size;
+    if (!arePoints && findInside(d, 1 / axes.observeMHz[d], dim) >= 0.9) return "Hz";
+    return arePoints ? "points" : inside < 0.1 ? "ppm of another nucleus" : "";
+  }
+
+  /// Whether the widths of a dimension would be reasonable in Hz.
+  bool areWidthsInHz(int dim) const {
+    const auto d = static_cast<std::size_t>(dim);
+    std::vector<double> values = widths[d];
+    const double median = takeMedian(values);
+    const double inHz = std::fabs(median / axes.hzPerPoint[d]);  // points
+    return std::fabs(axes.ppmWidthToPoints(median, dim)) > axes.sizes[d] / 4.0 && inHz > 0.5 &&
+           inHz < axes.sizes[d] / 5.0;
+  }
+};
+
+/// Tells of positions or widths that are not in ppm; whether some are.
+bool tellUnits(const ListedPeaks& peaks, const Axes& axes, const FileFindings& findings) {
+  constexpr std::size_t kFewest = 5;
+  const ListedValues values(peaks, axes);
+  if (values.ppm[0].size() < kFewest) return false;
+  std::string units;
+  std::string widths;
+  for (const int dim : {0, 1}) {
+    const std::string ofDimension = " (dimension " + std::to_string(dim + 1) + ")";
+    const std::string unit = values.findUnit(dim);
+    if (!unit.empty()) units.append(units.empty() ? "" : " and ").append(unit).append(ofDimension);
+    if (values.areWidthsInHz(dim)) widths += ofDimension;
+  }
+  const bool areUnits = findings.add(!units.empty(), 0, "warning: positions lie outside the spectrum; they look like ",
+                                     units, ", and the list needs ppm of its own dimension");
+  const bool areWidths = !areUnits && findings.add(!widths.empty(), 0, "warning: widths (.B)", widths,
+                                                   " span the spectrum; they look like Hz, and the list needs ppm");
+  return areUnits || areWidths;
+}
+
 /// Places peak j; returns why a run would end at it, or what else is wrong with its place.
 std::string place(int j, const PeakList& list, const Spectrum& spectrum, BoxTable& boxes) {
   constexpr double kMostSizes = 1e4;  // beyond which no spectrum can mean it, and folding it would take seconds
@@ -67,20 +141,21 @@ void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const 
                positions ? "positions" : "MHz of line 5",
                " fit the spectrum only the other way round; line 2 must name the direct dimension first, and the "
                "spectrum must not be transposed");
-  ListedPeaks kept{.file = peaks.file};
+  ListedPeaks kept{.file = peaks.file, .isMisread = !positions && tellUnits(peaks, first.getAxes(), findings)};
   BoxTable boxes(static_cast<unsigned>(peaks.list.getCount()), settings.getTolerance1(), settings.getTolerance2());
   for (const ListedPeaks::Entry& entry : peaks.entries) {
     if (!entry.hasNumbers || positions) continue;
     const int j = static_cast<int>(entry.position);
     const std::string trouble = place(j, peaks.list, first, boxes);
     const std::string name = peaks.nameOf(entry.position);
+    if (kept.isMisread && !trouble.empty()) continue;
     if (findings.add(!trouble.empty(), entry.line, "error: ", name, ": ", trouble)) continue;
     kept.list.addPeak(peaks.list, j);
     kept.entries.push_back(entry);
     const int folds[] = {std::abs(boxes.getFoldCount1(j)), std::abs(boxes.getFoldCount2(j))};
     for (const int dim : {0, 1}) {
-      findings.add(folds[dim] > 1, entry.line, "warning: ", peaks.list.getLabel(j), ": folded ", folds[dim],
-                   " times in dimension ", dim + 1, ", so that its position is probably wrong");
+      findings.add(folds[dim] > 1 && !kept.isMisread, entry.line, "warning: ", peaks.list.getLabel(j), ": folded ",
+                   folds[dim], " times in dimension ", dim + 1, ", so that its position is probably wrong");
     }
   }
   takeMessages();

@@ -5,8 +5,31 @@
 #include <cmath>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace peakbox {
+
+namespace {
+
+/// Values of a spectrum span some orders of magnitude, and floats with reversed bytes nearly all that there are.
+bool areMisordered(const Spectrum& spectrum) {
+  constexpr std::int64_t kEnough = 4096;
+  constexpr std::size_t kFewest = 100;
+  const std::int64_t size1 = spectrum.getSize(0);
+  const std::int64_t count = size1 * spectrum.getSize(1);
+  std::vector<double> magnitudes;
+  for (std::int64_t n = 0; n < count; n += count / kEnough | 1) {
+    const double magnitude = std::fabs(spectrum.getData()[n % size1][n / size1]);
+    if (magnitude > 0 && std::isfinite(magnitude)) magnitudes.push_back(magnitude);
+  }
+  if (magnitudes.size() < kFewest) return false;
+  std::sort(magnitudes.begin(), magnitudes.end());
+  const double low = magnitudes[magnitudes.size() / 10];
+  const double high = magnitudes[magnitudes.size() * 9 / 10];
+  return high > 1e10 * low && (high > 1e30 || high < 1e-30);
+}
+
+}  // namespace
 
 PlaneContents::PlaneContents(const Spectrum& spectrum) {
   const auto toBits = [](double value) { return std::bit_cast<std::uint64_t>(value); };
@@ -21,6 +44,7 @@ PlaneContents::PlaneContents(const Spectrum& spectrum) {
     const auto isFirst = [&](double value) { return toBits(value) == first; };
     isConstant = isConstant && std::all_of(row.begin(), row.end(), isFirst);
   }
+  isMisordered = areMisordered(spectrum);
 }
 
 }  // namespace peakbox

@@ -15,6 +15,7 @@ struct PlaneContents {
   std::int64_t notFinite = 0;
   std::int64_t zeroRows = 0;  // at the plane's end
   bool isConstant = true;
+  bool isMisordered = false;  // magnitudes as they are when the bytes of the values are in the wrong order
 };
 
 }  // namespace peakbox

@@ -154,20 +154,19 @@ std::vector<Extreme> PlaneSample::getStrongest(std::size_t most, double level) c
   return strongest;
 }
 
-const Extreme* PlaneSample::findNearest(const std::array<double, 2>& place, const std::array<double, 2>& reach,
-                                        bool positive) const {
-  const Extreme* nearest = nullptr;
-  double least = INFINITY;
+const Extreme* PlaneSample::findTop(const std::array<double, 2>& place, const std::array<double, 2>& reach,
+                                    bool positive) const {
+  const Extreme* top = nullptr;
+  double most = 8 * noise;
   const auto isBefore = [](const Extreme& extreme, double x) { return extreme.place[0] < x; };
   auto next = std::lower_bound(extremes.begin(), extremes.end(), place[0] - reach[0], isBefore);
   for (; next != extremes.end() && next->place[0] <= place[0] + reach[0]; ++next) {
-    const double distance = std::hypot(next->place[0] - place[0], next->place[1] - place[1]);
-    const bool isIn = std::fabs(next->place[1] - place[1]) <= reach[1] && std::fabs(next->value) > 8 * noise;
-    if (!isIn || (next->value > 0) != positive || distance >= least) continue;
-    least = distance;
-    nearest = &*next;
+    const double height = positive ? next->value : -next->value;
+    if (std::fabs(next->place[1] - place[1]) > reach[1] || height <= most) continue;
+    most = height;
+    top = &*next;
   }
-  return nearest;
+  return top;
 }
 
 }  // namespace peakbox

@@ -22,9 +22,8 @@ struct PlaneSample {
   /// The strongest `most` extremes above `level` times the noise, strongest first.
   std::vector<Extreme> getStrongest(std::size_t most, double level) const;
 
-  /// The extreme of a sign, above 8 times the noise, that is nearest to a place; nullptr where none is within `reach`.
-  const Extreme* findNearest(const std::array<double, 2>& place, const std::array<double, 2>& reach,
-                             bool positive) const;
+  /// The strongest extreme of a sign, above 8 times the noise, within `reach` of a place; nullptr where there is none.
+  const Extreme* findTop(const std::array<double, 2>& place, const std::array<double, 2>& reach, bool positive) const;
 
   double noise = 0;                 // that of the quieter tiles of the plane; 0 where nothing can be said
   double median = 0;                // of all values but zeros

@@ -35,6 +35,11 @@ struct SampledSeries {
     return parameters.settings.getParameter(series.getIndices()[n], word);
   }
 
+  bool areRepeats(std::size_t a, std::size_t b) const {
+    return !getParameter(a, 0).empty() && getParameter(a, 0) == getParameter(b, 0) &&
+           getParameter(a, 1) == getParameter(b, 1);
+  }
+
   /// The first words behind the spectra as numbers; nothing unless all are.
   std::vector<double> readParameters() const;
 
@@ -79,8 +84,7 @@ void checkSigns(SampledSeries& all);
 void checkRepeats(SampledSeries& all);
 void checkOrder(const SampledSeries& all);
 
-/// MoveCheck: whether the tolerance goes with how the peaks move. Returns whether they leave it.
-bool checkWalk(const SampledSeries& all);
-void checkTolerance(const SampledSeries& all);
+/// MoveCheck: whether the tolerance goes with how the peaks move.
+void checkMovement(const SampledSeries& all);
 
 }  // namespace peakbox

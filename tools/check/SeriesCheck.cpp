@@ -16,16 +16,16 @@ Explained SeriesCheck::tell(const Series& series, Findings& findings) const {
   Explained explained{.list = peaks.isMisread || checkListPlace(all), .planes = {}};
   checkContents(all);
   const std::vector<Displacement> displaced = findDisplaced(all);
-  checkForeign(all, displaced);
   if (!explained.list) checkPhase(all);
-  if (explained.list || !checkWalk(all)) tellDisplaced(all, displaced);
+  checkForeign(all, displaced);
+  tellDisplaced(all, displaced);
   checkScale(all);
   if (!explained.list) {
     checkZeroBoxes(all);
     checkSigns(all);
     checkRepeats(all);
     checkOrder(all);
-    checkTolerance(all);
+    checkMovement(all);
   }
   explained.planes.resize(static_cast<std::size_t>(parameters.settings.getSpectrumCount()));
   for (std::size_t n = 0; n < planes.size(); ++n) {

@@ -96,6 +96,10 @@ bool SpectraCheck::checkHeader(const FileFindings& ofFile) const {
 bool SpectraCheck::checkContents(int k, const FileFindings& ofFile) {
   const PlaneContents contents(spectrum);
   const double value = spectrum.getData()[0][0];
+  if (ofFile.add(contents.isMisordered, 0,
+                 "error: magnitudes that no spectrum has: its values are in the other byte order than its header")) {
+    return false;
+  }
   ofFile.add(contents.notFinite > 0, 0, "warning: ", contents.notFinite, " values are NaN or infinite");
   ofFile.add(contents.isConstant && value == 0, 0, "warning: nothing but zeros");
   ofFile.add(contents.isConstant && value != 0, 0, "warning: all values are ", value);
