@@ -8,9 +8,17 @@ namespace peakbox {
 /// one.
 double takeMedian(std::vector<double>& values);
 
+/// The median, and 1.4826 times the median absolute deviation from it, which is the standard deviation of Gaussian
+/// noise; both 0 without values. All values are to be finite.
+struct Spread {
+  double centre = 0.0;
+  double deviation = 0.0;
+};
+Spread takeMedianSpread(std::vector<double> values);
+
 /// The standard deviation of Gaussian noise around 0, and how much more there is in its tails than noise leaves there:
 /// 1 for noise alone.
-struct Spread {
+struct Core {
   double deviation = 0.0;
   double tail = 1.0;
 };
@@ -18,6 +26,6 @@ struct Spread {
 /// From values of which the outliers are signal: what lies within twice the deviation, lowered by as much as the tails
 /// tell that outliers are among that, too. All values are to be finite. A deviation of 0 without values, and where a
 /// quarter of them is 0.
-Spread estimateSpread(std::vector<double> values);
+Core estimateCore(std::vector<double> values);
 
 }  // namespace peakbox

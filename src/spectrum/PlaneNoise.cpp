@@ -60,7 +60,7 @@ std::vector<double> sample(const View& view, std::int64_t ends, std::int64_t ste
 std::vector<double> sampleStrips(const View& view, std::int64_t length, std::int64_t sampleSize) {
   // Beyond it noise is not alike, but where a plane has few points.
   const std::int64_t distance = std::min(std::max<std::int64_t>(2 * length, 24), view.sizes[0] / 2);
-  const std::int64_t step = std::max<std::int64_t>(1, length / 2);
+  const std::int64_t step = std::max<std::int64_t>(1, length / 4);
   return sample(view, view.sizes[0] - distance - length + 1, step, sampleSize, [&](auto along, auto across) {
     const double later = view.sumCurvatures(along + distance, across, length);
     return (later - view.sumCurvatures(along, across, length)) * std::sqrt(0.5);
@@ -84,7 +84,7 @@ double estimateErrorSquare(const std::vector<double>& values) {
     const auto edge = [&](std::size_t n) {
       return values.begin() + static_cast<std::ptrdiff_t>(values.size() * n / kGroups);
     };
-    const double logarithm = std::log(estimateSpread({edge(group), edge(group + 1)}).deviation);
+    const double logarithm = std::log(estimateCore({edge(group), edge(group + 1)}).deviation);
     sum += logarithm;
     squares += logarithm * logarithm;
   }
@@ -106,7 +106,7 @@ struct Parts {
   }
 };
 
-double combine(const Spread& strips1, const Spread& strips2, const Spread& points) {
+double combine(const Core& strips1, const Core& strips2, const Core& points) {
   return points.deviation == 0 ? 0 : strips1.deviation * strips2.deviation / points.deviation;
 }
 
@@ -115,9 +115,9 @@ double combine(const Spread& strips1, const Spread& strips2, const Spread& point
 PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box) {
   constexpr std::int64_t kSampleSize = 60000;
   const Parts parts(spectrum, box, kSampleSize);
-  const Spread strips1 = estimateSpread(parts.strips1);
-  const Spread strips2 = estimateSpread(parts.strips2);
-  const double deviation = combine(strips1, strips2, estimateSpread(parts.points));
+  const Core strips1 = estimateCore(parts.strips1);
+  const Core strips2 = estimateCore(parts.strips2);
+  const double deviation = combine(strips1, strips2, estimateCore(parts.points));
   double errorSquare = 0;
   for (const auto* part : {&parts.strips1, &parts.strips2, &parts.points}) {
     errorSquare += 1.4 * 1.4 * estimateErrorSquare(*part);  // the parts are not independent of each other
@@ -134,7 +134,7 @@ PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t
 double estimatePointNoise(const Spectrum& spectrum) {
   constexpr std::int64_t kSampleSize = 1 << 14;
   const Parts parts(spectrum, {1, 1}, kSampleSize);
-  return combine(estimateSpread(parts.strips1), estimateSpread(parts.strips2), estimateSpread(parts.points));
+  return combine(estimateCore(parts.strips1), estimateCore(parts.strips2), estimateCore(parts.points));
 }
 
 }  // namespace peakbox

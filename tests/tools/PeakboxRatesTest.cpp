@@ -184,7 +184,7 @@ TEST(PeakboxRates, SaysWhatIsWrongAndUnknown) {
   const std::string out =
       "Num\tLabel\tR\tR_err\tR_scaled\tA\tA_err\tChi2\tDof\tRemark\n"
       "1\tA1\tnan\tnan\tnan\tnan\tnan\tnan\tnan\tfewer than three distinct parameters\n";
-  const std::string noise = "# Spectrum\tBoxNoise\tPointNoise\tBoxes\tUsed\n1\t5\t1\t4\t3\n";
+  const std::string noise = "# Spectrum\tBoxNoise\tError\tTail\tPointNoise\tBox\tFile\n1\t5\t1\t1\t1\t1x1\ts\n";
   for (const auto& [arguments, report, err] : rows) {
     const int status = err.empty() ? 0 : err == usage ? 2 : 1;
     EXPECT_EQ(runExample({{"r", report}, {"n", noise}}, "peakbox-rates " + arguments),

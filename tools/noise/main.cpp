@@ -19,7 +19,7 @@ namespace {
 
 using namespace peakbox;
 
-constexpr double kSignalTail = 1.15;  // which noise alone does not reach
+constexpr double kSignalTail = 1.13;  // which noise alone does not reach
 constexpr double kMuchSignalTail = 1.5;
 
 bool isFinite(const Spectrum& spectrum) {
