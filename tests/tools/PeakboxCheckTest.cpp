@@ -180,7 +180,7 @@ TEST(PeakboxCheck, SaysWhatWouldBecomeOfTheReport) {
     const std::string links = "ln -s peaks.xpk link; ln -s none/report lost; ";
     EXPECT_EQ(findIn(files, "sh -c '" + links + "peakbox-check -o " + report + " run.par'"), findings);
   }
-  for (const std::string arguments : {"", "a b", "-o", "-x a"}) {
+  for (const std::string arguments : {"", "a b", "-o", "-x a", "-a", "-a -o b a"}) {
     EXPECT_TRUE(runExample({}, "peakbox-check " + arguments).starts_with("status 2\n")) << arguments;
   }
 }
@@ -322,6 +322,30 @@ TEST(PeakboxCheck, NamesWhatIsOddAboutSinglePeaks) {
        "in dimension 2 by spectrum 3; it takes TOLERANCE 400 100\n"},
       {"moved within TOLERANCE", walk(1, -1), ""},
   });
+}
+
+TEST(PeakboxCheck, SuggestsBoxBoundsAndTolerance) {
+  // Gaussian lines of two points are 4.7 points wide at half height.
+  const std::string lines =
+      "status 0\n*100 Hz (1 ppm) in dimension 1, 50 Hz (1 ppm) in dimension 2*\n*3 of 4 peaks*: 4.[78] and 4.[78] "
+      "points.\n*pair, A1 and B2, is 20.0 and 20.0 points apart.\n*-b 9.[456],9.[456]\nBOXSIZE 2 2\n#*\nTOLERANCE ";
+  const Damage bare = par("BOXSIZE 1\n", "") + par("TOLERANCE 200 100\n", "");
+  const Row rows[] = {
+      {"peaks that stay", bare, lines + "0 0\n*"},
+      {"peaks that move", bare + put("s3", makePlane(3, 3, -2)), lines + "300 100\n*"},
+      {"a fraction of a point", bare + put("s2", makePlane(2, 0.2F, 0.2F)), lines + "0 0\n*"},
+      {"weak at first", bare + put("s1", makePlane(200)), lines + "0 0\n*"},
+      {"two peaks", list(kB2, ""), "status 1\n*check: peaks.xpk: 2 of 3 peaks are ten times*"},
+      {"no list", par("PEAKLIST", "#"), "status 1\n*check: run.par: no PEAKLIST specified\n*"},
+      {"no place", list("} 123", "} -1e6"), "status 1\n*check: peaks.xpk: B2: more than 10000*"},
+      {"too short", list("2 {B2}", "2 {B2} 1\n2 {B2}"), "status 1\n*exceeds maximum*"},
+  };
+  for (const Row& row : rows) {
+    Files files = makeSeries();
+    row.damage.apply(files);
+    const std::string end = runExample(files, "peakbox-check -a run.par");
+    EXPECT_EQ(fnmatch(row.lines.c_str(), end.c_str(), FNM_NOESCAPE), 0) << row.name << " gives\n" << end;
+  }
 }
 
 TEST(PeakboxCheck, NamesPlanesThatDoNotFit) {

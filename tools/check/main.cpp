@@ -1,9 +1,10 @@
-// peakbox-check [-o REPORT] PARAMETER-FILE: reads what a run of peakbox would read, does what it would do, and says
-// what is wrong with it: see peakbox-check(1).
+// peakbox-check [-a | -o REPORT] PARAMETER-FILE: reads what a run of peakbox would read, does what it would do, and
+// says what is wrong with it, or what the data suggest: see peakbox-check(1).
 
 #include <new>
 #include <optional>
 
+#include "check/Advice.h"
 #include "check/Checks.h"
 #include "check/SeriesCheck.h"
 #include "check/SpectraCheck.h"
@@ -43,8 +44,17 @@ void checkRun(const Arguments& arguments, Findings& findings) {
   checkSeries(parameters, spectra, peaks, findings);
 }
 
+int answerAdvice(const std::string& parameterFile) {
+  try {
+    return answer(advise(parameterFile));
+  } catch (const RunEnd& end) {
+    throw RunEnd{end.message, 1};  // also where a run ends with status 0
+  }
+}
+
 int run(const Arguments& arguments) {
-  if (arguments.getOperands().size() != 1) arguments.refuseUsage();
+  if (arguments.getOperands().size() != 1 || (arguments.has('a') && arguments.has('o'))) arguments.refuseUsage();
+  if (arguments.has('a')) return answerAdvice(arguments.getOperands()[0]);
   Findings findings;
   const FileFindings ofRun{findings, Findings::Measurement, arguments.getOperands()[0]};
   try {
@@ -62,5 +72,5 @@ int run(const Arguments& arguments) {
 }  // namespace peakbox
 
 int peakboxCheck(int count, char** words) {
-  return peakbox::runTool({"peakbox-check", "[-o REPORT] PARAMETER-FILE", "o:", peakbox::run}, count, words);
+  return peakbox::runTool({"peakbox-check", "[-a | -o REPORT] PARAMETER-FILE", "ao:", peakbox::run}, count, words);
 }
