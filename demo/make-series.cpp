@@ -3,7 +3,8 @@
 // nothing else, or crowded, with many others between them, or ridge, with one of water; NOISE is that of a point, 1000.
 // There is one plane for each delay, as an NMRPipe file in the machine's byte order and as an NMRView file in the other
 // one; with them go the peak list, a parameter file for either format, and the known rates. The same planes and peaks
-// stand in a cube, a list of delays and a list of another kind, as they may come from elsewhere.
+// stand in a cube, a list of delays and a list of another kind, as they may come from elsewhere. In planes of
+// their own every third of the peaks walks, as in a titration.
 
 #include <algorithm>
 #include <array>
@@ -91,7 +92,9 @@ constexpr std::array<Line, 12> kLines{{
     {"noise2", 205.0, 30.0, 0.0, 0.0},
 }};
 
-constexpr double kNoise = 1e3;  // standard deviation of a data point, unless another one is asked for
+constexpr std::array<double, 6> kRatios{0, 0.25, 0.5, 1, 1.5, 2};  // of ligand to protein
+constexpr std::array<double, 2> kWalkPoints{3.2, -2.2};            // of every third peak, from plane to plane
+constexpr double kNoise = 1e3;  // standard deviation of a data point, unless another is asked for
 
 std::size_t toIndex(int number) { return static_cast<std::size_t>(number); }
 
@@ -183,9 +186,13 @@ void addClutter(Plane& plane, std::string_view kind, double delaySeconds, std::m
         180, 4, [&](int j) { return 1 + 0.3 * std::sin(0.15 * j + phase); }, 100 * kNoise);
 }
 
-Plane makePlane(double delaySeconds, double noise, std::mt19937& generator) {
+/// After a delay, and after so many steps on the peaks' walk.
+Plane makePlane(double delaySeconds, double steps, double noise, std::mt19937& generator) {
   Plane plane = makeNoise(noise, generator);
-  for (const Line& line : kLines) {
+  for (std::size_t k = 0; k < kLines.size(); ++k) {
+    Line line = kLines[k];
+    if (k % 3 == 0) line.point1 += steps * kWalkPoints[0];
+    if (k % 3 == 0) line.point2 += steps * kWalkPoints[1];
     const double height = line.height * std::exp(-line.ratePerSecond * delaySeconds);
     for (int j = 0; j < kAxis2.points; ++j) {
       for (int i = 0; i < kAxis1.points; ++i) {
@@ -239,16 +246,21 @@ std::string makePeakList() {
 }
 
 std::string spectrumFile(const std::string& format, std::size_t plane) {
-  return format + "-" + std::to_string(plane + 1) + (format == "pipe" ? ".ft2" : ".nv");
+  return format + "-" + std::to_string(plane + 1) + (format == "view" ? ".nv" : ".ft2");
 }
 
-/// Boxes of 5 x 3 points; after the first spectrum the search reaches three and two points to either side.
+/// Boxes of 5 x 3 points, in all planes of a decay at the points found in the first.
 std::string makeParameterFile(const std::string& format) {
+  const bool isTitration = format == "titration";
   std::ostringstream text;
-  text << "# The third word of a SPECTRUM line is the relaxation delay in seconds.\n"
-       << "FIELD " << kAxis1.observeMHz << "\nBOXSIZE 2 1\nPEAKLIST peaks.xpk\nTOLERANCE 32 25\n";
-  for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
-    text << "SPECTRUM " << spectrumFile(format, k) << ' ' << kDelaysSeconds[k] << '\n';
+  text << "# The third word of a SPECTRUM line is the "
+       << (isTitration ? "ratio of ligand to protein" : "relaxation delay in seconds") << ".\nFIELD "
+       << kAxis1.observeMHz << "\nBOXSIZE 2 1\nPEAKLIST peaks.xpk\nTOLERANCE " << (isTitration ? "63 50" : "0 0")
+       << '\n';
+  const std::vector<double> values = isTitration ? std::vector<double>(kRatios.begin(), kRatios.end())
+                                                 : std::vector<double>(kDelaysSeconds.begin(), kDelaysSeconds.end());
+  for (std::size_t k = 0; k < values.size(); ++k) {
+    text << "SPECTRUM " << spectrumFile(format, k) << ' ' << values[k] << '\n';
   }
   return text.str();
 }
@@ -332,14 +344,19 @@ int main(int argumentCount, char** arguments) {
   std::mt19937 generator(static_cast<std::mt19937::result_type>(seed));
   std::vector<Plane> planes;
   for (std::size_t k = 0; k < kDelaysSeconds.size(); ++k) {
-    Plane& plane = planes.emplace_back(makePlane(kDelaysSeconds[k], noise, generator));
+    Plane& plane = planes.emplace_back(makePlane(kDelaysSeconds[k], 0, noise, generator));
     addClutter(plane, kind, kDelaysSeconds[k], std::mt19937(static_cast<std::mt19937::result_type>(seed + 1000)));
     write(folder / spectrumFile("pipe", k), writePipe(filePlane(plane, false)));
     write(folder / spectrumFile("view", k), writeView(filePlane(plane, true)));
   }
+  for (std::size_t k = 0; k < kRatios.size(); ++k) {
+    const Plane plane = makePlane(0, static_cast<double>(k), noise, generator);
+    write(folder / spectrumFile("titration", k), writePipe(filePlane(plane, false)));
+  }
   write(folder / "peaks.xpk", makePeakList());
   write(folder / "pipe.par", makeParameterFile("pipe"));
   write(folder / "view.par", makeParameterFile("view"));
+  write(folder / "titration.par", makeParameterFile("titration"));
   write(folder / "rates.txt", makeRates());
   write(folder / "series.ft3", makeCube(planes));
   write(folder / "vdlist", makeDelayList());

@@ -152,7 +152,7 @@ void Adviser::follow(double noise) {
   constexpr double kGrown = 3.0;  // times its height: the peak is known better than before
   std::map<Point, std::pair<double, Found*>> tops;
   for (Found& one : found) {
-    const Point top = climb(spectrum, one.last, noise);
+    const Point top = climb(spectrum, one.last, 0.5 * noise);  // a step may lead to the foot of the line
     const double way = std::hypot(top[0] - one.last[0], top[1] - one.last[1]);
     const auto [other, isFirst] = tops.emplace(top, std::pair(way, &one));
     if (!isFirst && way < other->second.first) other->second = {way, &one};
