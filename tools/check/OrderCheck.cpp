@@ -56,9 +56,10 @@ bool isBetween(double value, double a, double b) {
   return value >= std::min(a, b) - 0.05 && value <= std::max(a, b) + 0.05;
 }
 
-/// Whether the magnitude of the i-th plane in order goes on where its neighbours lead.
+/// Whether the magnitude of the i-th plane in order goes on where its neighbours lead, or hardly any changes.
 bool goesOn(std::size_t i, const std::vector<double>& y) {
   const auto size = [&](std::size_t k) { return std::fabs(y[k]); };
+  if (std::all_of(y.begin(), y.end(), [](double value) { return std::fabs(value) > 0.6; })) return true;
   const std::size_t last = y.size() - 1;
   if (i > 0 && i < last)
     return isBetween(size(i), size(i - 1), size(i + 1)) && size(i) > 0.5 * std::min(size(i - 1), size(i + 1));

@@ -27,18 +27,12 @@ bool isWithin(const std::array<double, 2>& shift, const std::array<double, 2>& c
   return std::fabs(shift[0]) <= close[0] && std::fabs(shift[1]) <= close[1];
 }
 
-/// The first plane and the two that have most extremes, of those that are free, the richest one first.
-std::vector<std::size_t> findRichest(const SampledSeries& all) {
-  std::vector<std::size_t> order = all.findFree();
-  const auto count = [&](std::size_t n) { return all.planes[n].getStrongest(SIZE_MAX, kSurelyExtreme).size(); };
-  std::vector<std::pair<std::size_t, std::size_t>> counts;
-  for (const std::size_t n : order) counts.emplace_back(count(n), n);
-  std::stable_sort(counts.begin(), counts.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
-  std::vector<std::size_t> richest;
-  for (const auto& [some, n] : counts) {
-    if ((richest.size() < 2 || n == 0) && some >= kFewestShiftedPeaks) richest.push_back(n);
-  }
-  return richest;
+/// At most so many of the planes that are free, from the first to the last.
+std::vector<std::size_t> spread(const std::vector<std::size_t>& free, std::size_t most) {
+  if (free.size() <= most) return free;
+  std::vector<std::size_t> some;
+  for (std::size_t i = 0; i < most; ++i) some.push_back(free[i * (free.size() - 1) / (most - 1)]);
+  return some;
 }
 
 /// "+0.050 ppm (+12 points) in dimension 1 and ..."
@@ -78,17 +72,18 @@ Listed findListed(const SampledSeries& all) {
 /// By which shift each plane is displaced from a reference; nothing of those that are not.
 std::vector<Displacement> compareWith(const SampledSeries& all, std::size_t reference, std::size_t& fitting) {
   constexpr std::array<double, 2> kClose{1.5, 1.5};
+  const std::size_t most = std::clamp<std::size_t>(all.series.getPeakCount() / 2, 16, 100);  // few but peaks
   std::vector<Displacement> displaced;
   for (const std::size_t n : all.findFree()) {
-    Places own = placesOf(all.planes[n].getStrongest(100, kSurelyExtreme));
-    Places others = placesOf(all.planes[reference].getStrongest(150, kSurelyExtreme));
+    Places own = placesOf(all.planes[n].getStrongest(most, kSurelyExtreme));
+    Places others = placesOf(all.planes[reference].getStrongest(most + most / 2, kSurelyExtreme));
     const std::size_t count = std::min(own.size(), others.size());
     if (n == reference || count < kFewestShiftedPeaks) continue;
     own.resize(count);
     others.resize(std::min(others.size(), count + count / 2));
     const CommonShift common = findCommonShift(own, others, shareOfAxes(all.axes, 0.06, 0.1), kClose);
     fitting += common.hitsUnshifted > 0.5;
-    if (common.hits < 0.6 || common.hits - common.hitsUnshifted < 0.3 || isWithin(common.shift, kClose)) continue;
+    if (common.hits < 0.5 || common.hits - common.hitsUnshifted < 0.3 || isWithin(common.shift, kClose)) continue;
     displaced.push_back({n, reference, {-common.shift[0], -common.shift[1]}});
   }
   return displaced;
@@ -136,11 +131,12 @@ bool isAlone(const Signal& signal, const std::vector<Signal>& signals) {
 /// as water leaves it, does not count.
 double findAloneShare(const std::vector<Signal>& signals, std::size_t plane) {
   constexpr double kFewest = 10;
+  constexpr int kBand = 4;  // points
   std::map<int, std::vector<const Signal*>> bands;
   double count = 0;
   for (const Signal& signal : signals) {
     if (signal.plane != plane || !signal.isStrong) continue;
-    bands[static_cast<int>(signal.place[0]) / 16].push_back(&signal);
+    bands[static_cast<int>(signal.place[0]) / kBand].push_back(&signal);
     ++count;
   }
   const double most = std::max(4.0, 0.15 * count);
@@ -161,8 +157,9 @@ bool checkListPlace(const SampledSeries& all) {
   std::array<double, 2> close{};
   for (const std::size_t d : {0U, 1U}) close[d] = std::max(1.5, takeMedian(listed.widths[d]) / 4);
   std::vector<std::pair<CommonShift, std::size_t>> found;
-  for (const std::size_t n : findRichest(all)) {
+  for (const std::size_t n : spread(all.findFree(), 8)) {
     const Places targets = placesOf(all.planes[n].getStrongest(400, kSurelyExtreme));
+    if (targets.size() < kFewestShiftedPeaks) continue;
     found.emplace_back(findCommonShift(listed.places, targets, shareOfAxes(all.axes, 0.1, 0.15), close), n);
   }
   if (found.empty()) return false;
@@ -187,7 +184,7 @@ std::vector<Displacement> findDisplaced(const SampledSeries& all) {
   std::vector<Displacement> displaced;
   std::size_t most = 0;
   const std::size_t count = all.findFree().size();
-  for (const std::size_t reference : findRichest(all)) {
+  for (const std::size_t reference : spread(all.findFree(), 3)) {
     std::size_t fitting = 1;
     const std::vector<Displacement> found = compareWith(all, reference, fitting);
     if (fitting <= most) continue;
@@ -207,7 +204,7 @@ void checkForeign(SampledSeries& all, const std::vector<Displacement>& displaced
   for (const std::size_t n : planes) {
     const auto isIt = [n](const Displacement& displacement) { return displacement.plane == n; };
     const double alone = findAloneShare(signals, n);
-    if (alone < 0.55 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
+    if (alone < 0.45 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
     if (foreign.empty()) share = alone;
     foreign.push_back(n);
   }

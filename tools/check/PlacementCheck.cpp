@@ -82,8 +82,9 @@ struct ListedValues {
     if (findInside(d, 1, 1 - dim) >= 0.9) return "ppm of the other dimension";
     const auto [least, most] = std::minmax_element(ppm[d].begin(), ppm[d].end());
     const double size = axes.sizes[d];
-    const bool arePoints = *least >= 0 && *most <= size + 1 && *most - *least > 0.3 * size;
-    if (!arePoints && findInside(d, 1 / axes.observeMHz[d], dim) >= 0.9) return "Hz";
+    const bool areHz = findInside(d, 1 / axes.observeMHz[d], dim) >= 0.9;
+    const bool arePoints = *least >= 0 && *most <= size + 1 && (areHz || *most - *least > 0.3 * size);
+    if (areHz && !arePoints) return "Hz";
     return arePoints ? "points" : inside < 0.1 ? "ppm of another nucleus" : "";
   }
 
