@@ -44,28 +44,42 @@ std::vector<ProfiledPeak> findProfiled(const SampledSeries& all) {
   return profiled;
 }
 
-/// What plane n has around the place of a peak in another one; false where it is out of reach.
-bool cutWindow(const SampledSeries& all, std::size_t n, const ProfiledPeak& peak, std::size_t placeOf, std::size_t d,
+/// Cuts what plane n has along a dimension around an offset from where a peak was found in the first plane; false where
+/// that is out of reach.
+bool cutWindow(const SampledSeries& all, std::size_t n, std::size_t position, std::size_t d, std::int64_t offset,
                Window& window) {
-  const Point& first = all.series.getSighting(0, peak.peak.j).point;
-  const std::int64_t offset = all.series.getSighting(placeOf, peak.peak.j).point[d] - first[d];
   if (std::abs(offset) > PeakProfiles::kReach - kSide) return false;
   const auto start = static_cast<std::size_t>(offset + PeakProfiles::kReach - kSide);
   for (std::size_t k = 0; k < window.size(); ++k)
-    window[k] = all.profiles[n].profiles[peak.position][d][start + k] - all.planes[n].median;
+    window[k] = all.profiles[n].profiles[position][d][start + k] - all.planes[n].median;
   return std::isfinite(window.front() + window.back());
 }
 
-/// Whether the median profile, of the sign and height that the peaks have where they are strongest, is antisymmetric.
+/// The top of a peak in the plane where it is strongest but for plane n; nullptr where it has none.
+const Extreme* findTopElsewhere(const SampledSeries& all, std::size_t n, std::size_t j) {
+  constexpr std::array<double, 2> kReach{4.5, 2.5};
+  std::size_t best = n;
+  for (std::size_t m = 0; m < all.planes.size(); ++m) {
+    const bool isBetter = best == n || std::fabs(all.heightOf(m, j)) > std::fabs(all.heightOf(best, j));
+    if (m != n && isBetter) best = m;
+  }
+  const Point& point = all.series.getSighting(0, j).point;
+  return all.planes[best].findTop({static_cast<double>(point[0]), static_cast<double>(point[1])}, kReach,
+                                  all.heightOf(best, j) > 0);
+}
+
+/// Whether the median profile about the tops that other planes have, of their sign and height, is antisymmetric.
 bool isAntisymmetric(const SampledSeries& all, std::size_t n, std::size_t d, const std::vector<ProfiledPeak>& peaks) {
   std::array<std::vector<double>, 2 * kSide + 1> profile;
   std::vector<double> errors;
   for (const ProfiledPeak& peak : peaks) {
-    const double height = all.series.getSighting(peak.peak.plane, peak.peak.j).height;
+    const Extreme* top = findTopElsewhere(all, n, peak.peak.j);
+    if (top == nullptr) continue;
+    const std::int64_t offset = std::lround(top->place[d]) - all.series.getSighting(0, peak.peak.j).point[d];
     Window window{};
-    if (!cutWindow(all, n, peak, peak.peak.plane, d, window)) continue;
-    for (std::size_t k = 0; k < window.size(); ++k) profile[k].push_back(window[k] / height);
-    errors.push_back(all.planes[n].noise / std::fabs(height));
+    if (!cutWindow(all, n, peak.position, d, offset, window)) continue;
+    for (std::size_t k = 0; k < window.size(); ++k) profile[k].push_back(window[k] / top->value);
+    errors.push_back(all.planes[n].noise / std::fabs(top->value));
   }
   if (errors.size() < kFewestPeaksOfPhase) return false;
   const double error = 1.25 * takeMedian(errors) / std::sqrt(static_cast<double>(errors.size()));
@@ -89,8 +103,10 @@ bool hasLobes(const SampledSeries& all, std::size_t n, std::size_t d, const std:
   double side = 0;
   double signedSide = 0;
   for (const ProfiledPeak& peak : peaks) {
+    const std::int64_t offset =
+        all.series.getSighting(n, peak.peak.j).point[d] - all.series.getSighting(0, peak.peak.j).point[d];
     Window window{};
-    if (!cutWindow(all, n, peak, n, d, window)) continue;
+    if (!cutWindow(all, n, peak.position, d, offset, window)) continue;
     const auto [lowest, highest] = std::minmax_element(window.begin(), window.end());
     const double high = std::max(*highest, -*lowest);
     if (high < 10 * all.planes[n].noise) continue;
