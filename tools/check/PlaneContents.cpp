@@ -4,7 +4,6 @@
 #include <bit>
 #include <cmath>
 #include <span>
-#include <string_view>
 #include <vector>
 
 namespace peakbox {
@@ -37,8 +36,9 @@ PlaneContents::PlaneContents(const Spectrum& spectrum) {
   for (int j = 0; j < spectrum.getSize(1); ++j) {
     // Dimension 1 runs fastest.
     const std::span row(&spectrum.getData()[0][j], static_cast<std::size_t>(spectrum.getSize(0)));
-    const std::string_view bytes(reinterpret_cast<const char*>(row.data()), row.size_bytes());
-    fingerprint = 31 * fingerprint + std::hash<std::string_view>()(bytes);
+    std::uint64_t sum = 0;  // an order of values that is another one gives another sum
+    for (std::size_t i = 0; i < row.size(); ++i) sum += toBits(row[i]) * (2 * i + 1);
+    fingerprint = 31 * fingerprint + (sum ^ sum >> 32);
     notFinite += std::count_if(row.begin(), row.end(), [](double value) { return !std::isfinite(value); });
     zeroRows = std::all_of(row.begin(), row.end(), [](double value) { return value == 0; }) ? zeroRows + 1 : 0;
     const auto isFirst = [&](double value) { return toBits(value) == first; };

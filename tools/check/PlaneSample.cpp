@@ -23,7 +23,7 @@ bool isStronger(const Extreme& a, const Extreme& b) { return std::fabs(a.value) 
 
 /// Some hundred values of a tile, spread over it, but no zeros, with which planes are filled up.
 std::vector<double> sampleTile(const DataPlane& data, const Region& tile) {
-  constexpr std::int64_t kMostSteps = 24;
+  constexpr std::int64_t kMostSteps = 16;
   std::vector<double> values;
   const std::int64_t step1 = std::max<std::int64_t>(1, (tile[0].last - tile[0].first) / kMostSteps);
   const std::int64_t step2 = std::max<std::int64_t>(1, (tile[1].last - tile[1].first) / kMostSteps);
@@ -35,16 +35,25 @@ std::vector<double> sampleTile(const DataPlane& data, const Region& tile) {
   return values;
 }
 
-/// Values of a row less their mean over nine points; NaN for zeros.
-std::vector<double> levelRow(const double* row, std::int64_t size, const Range& range) {
+/// Adds values of a row less their mean over nine points; NaN for zeros.
+void levelRow(const double* row, std::int64_t size, const Range& range, std::vector<double>& levelled) {
   const auto at = [&](std::int64_t i) { return row[std::clamp<std::int64_t>(i, 0, size - 1)]; };
-  std::vector<double> levelled;
+  double sum = 0;
+  for (std::int64_t i = range.first - 4; i < range.first + 4; ++i) sum += at(i);
   for (std::int64_t i = range.first; i <= range.last; ++i) {
-    double sum = 0;
-    for (std::int64_t k = i - 4; k <= i + 4; ++k) sum += at(k);
+    sum += at(i + 4);
     levelled.push_back(row[i] == 0 ? NAN : row[i] - sum / 9);
+    sum -= at(i - 4);
   }
-  return levelled;
+}
+
+/// 1.4826 times the median magnitude of values that are numbers, 0 where fewer than half of them are.
+double findSpread(const std::vector<double>& values) {
+  std::vector<double> magnitudes;
+  for (const double value : values) {
+    if (std::isfinite(value)) magnitudes.push_back(std::fabs(value));
+  }
+  return 2 * magnitudes.size() > values.size() ? 1.4826 * takeMedian(magnitudes) : 0;
 }
 
 /// Of points alike the last one counts.
@@ -90,27 +99,23 @@ void PlaneSample::sampleLevels(const Spectrum& spectrum) {
 }
 
 void PlaneSample::sampleTiles(const Spectrum& spectrum) {
-  constexpr std::int64_t kMostTiles = 256;
+  constexpr std::int64_t kMostTiles = 128;
   const std::int64_t width = std::min<std::int64_t>(kTileWidth, spectrum.getSize(0));
   const std::int64_t perRow = spectrum.getSize(0) / width;
   const std::int64_t count = perRow * (spectrum.getSize(1) / kTileHeight);
+  std::vector<double> values;
   for (std::int64_t n = 0; n < std::min(count, kMostTiles); ++n) {
     const std::int64_t tile = count > kMostTiles ? n * (count - 1) / (kMostTiles - 1) : n;
     const std::int64_t i = tile % perRow * width;
     const std::int64_t j = tile / perRow * kTileHeight;
-    std::vector<double> values;
-    for (std::int64_t row = j; row < j + kTileHeight; ++row) {
-      const std::vector<double> levelled =
-          levelRow(&spectrum.getData()[0][row], spectrum.getSize(0), {i, i + width - 1});
-      values.insert(values.end(), levelled.begin(), levelled.end());
-    }
-    std::vector<double> used;
-    std::copy_if(values.begin(), values.end(), std::back_inserter(used), [](double x) { return std::isfinite(x); });
-    const Spread spread = takeMedianSpread(2 * used.size() > values.size() ? used : std::vector<double>());
-    tileSpreads.push_back(static_cast<float>(spread.deviation));
+    values.clear();
+    for (std::int64_t row = j; row < j + kTileHeight; ++row)
+      levelRow(&spectrum.getData()[0][row], spectrum.getSize(0), {i, i + width - 1}, values);
+    const double spread = findSpread(values);
+    tileSpreads.push_back(static_cast<float>(spread));
     std::array<std::int8_t, kTilePoints>& points = tilePoints.emplace_back();
     for (std::size_t k = 0; k < kTilePoints; ++k) {
-      const double value = values[k * values.size() / kTilePoints] / spread.deviation;
+      const double value = values[k * values.size() / kTilePoints] / spread;
       points[k] = std::fabs(value) < 2.5 ? static_cast<std::int8_t>(std::lround(40 * value)) : kFarOff;
     }
   }
