@@ -64,9 +64,11 @@ CommonShift findCommonShift(const Places& places, const Places& targets, const s
                             const std::array<double, 2>& close) {
   std::vector<Difference> differences;
   for (std::size_t i = 0; i < places.size(); ++i) {
-    for (const auto& target : targets) differences.push_back({i, {target[0] - places[i][0], target[1] - places[i][1]}});
+    for (const auto& target : targets) {
+      const std::array<double, 2> shift{target[0] - places[i][0], target[1] - places[i][1]};
+      if (std::fabs(shift[0]) <= reach[0] && std::fabs(shift[1]) <= reach[1]) differences.push_back({i, shift});
+    }
   }
-  differences = findNear(differences, {0, 0}, reach);
   if (differences.empty()) return {};
   const std::vector<Difference> crowd =
       findNear(differences, findCrowd(differences, reach, close), {1.5 * close[0], 1.5 * close[1]});

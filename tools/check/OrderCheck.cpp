@@ -70,9 +70,9 @@ bool goesOn(std::size_t i, const std::vector<double>& y) {
 }
 
 /// Where intensities of two planes differ by more than they may in repeats: by which share.
-double findDifference(const SampledSeries& all, std::size_t a, std::size_t b) {
+double findDifference(const SampledSeries& all, const std::vector<StrongPeak>& peaks, std::size_t a, std::size_t b) {
   std::vector<double> differences;
-  for (const StrongPeak& peak : all.findPeaks(8)) {
+  for (const StrongPeak& peak : peaks) {
     if (std::max(std::fabs(all.heightOf(a, peak.j)), std::fabs(all.heightOf(b, peak.j))) <= 8) continue;
     const double sumA = all.series.getSighting(a, peak.j).sum;
     const double sumB = all.series.getSighting(b, peak.j).sum;
@@ -185,19 +185,24 @@ void checkSigns(SampledSeries& all) {
                  "inverted, as by a phase that is off by 180 degrees; phase it like the others");
 }
 
+/// Compares each plane with the first of its repeats.
 void checkRepeats(SampledSeries& all) {
+  const std::vector<StrongPeak> peaks = all.findPeaks(8);
   const std::vector<std::size_t> planes = all.findFree();
-  for (const std::size_t a : planes) {
-    for (const std::size_t b : planes) {
-      const bool isRepeat = b < a && all.isFree(a) && all.isFree(b) && all.areRepeats(a, b);
-      const double difference = isRepeat ? findDifference(all, a, b) : 0;
-      if (difference == 0) continue;
-      all.tellParameter(a, all.nameOf(a) + " repeats " + all.nameOf(b) + " (" + all.getParameter(a, 0) +
-                               "), but its intensities differ by " + writeSigned(100 * difference, 0) +
-                               " %: is the parameter right?");
-      all.taken[a] = true;
-    }
+  std::string text;
+  std::vector<std::size_t> odd;
+  for (auto a = planes.begin(); a != planes.end(); ++a) {
+    const auto b = std::find_if(planes.begin(), a, [&](std::size_t n) { return all.areRepeats(*a, n); });
+    const double difference = b == a ? 0 : findDifference(all, peaks, *a, *b);
+    if (difference == 0) continue;
+    if (odd.empty())
+      text = all.nameOf(*a) + " repeats " + all.nameOf(*b) + " (" + all.getParameter(*a, 0) +
+             "), but its intensities differ by " + writeSigned(100 * difference, 0) + " %: is the parameter right?";
+    odd.push_back(*a);
   }
+  if (odd.size() > 1) text += " So do " + std::to_string(odd.size() - 1) + " more.";
+  if (!odd.empty()) all.tellParameter(odd[0], text);
+  for (const std::size_t n : odd) all.taken[n] = true;
 }
 
 void checkOrder(const SampledSeries& all) {

@@ -92,7 +92,7 @@ std::vector<Displacement> compareWith(const SampledSeries& all, std::size_t refe
 /// An extreme of a plane that counts as signal there.
 struct Signal {
   std::array<float, 2> place;
-  std::size_t plane;
+  std::uint32_t plane;
   bool isStrong;
 };
 
@@ -111,7 +111,7 @@ std::vector<Signal> findSignals(const SampledSeries& all, const std::vector<std:
     const double least = std::max({kSurelyExtreme * all.planes[planes[i]].noise, 0.4 * heights[i], 0.15 * usual});
     for (const auto& [place, value] : all.planes[planes[i]].extremes) {
       const double height = std::fabs(value);
-      if (height > 0.12 * heights[i]) signals.push_back({place, planes[i], height > least});
+      if (height > 0.12 * heights[i]) signals.push_back({place, static_cast<std::uint32_t>(planes[i]), height > least});
     }
   }
   std::sort(signals.begin(), signals.end(), [](const Signal& a, const Signal& b) { return a.place < b.place; });

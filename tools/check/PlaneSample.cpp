@@ -71,7 +71,7 @@ PlaneSample::PlaneSample(const Spectrum& spectrum, std::size_t peakCount) {
   constexpr std::size_t kFewestExtremes = 500;
   sampleLevels(spectrum);
   sampleTiles(spectrum);
-  if (noise > 0) findExtremes(spectrum, kFewestExtremes + 2 * peakCount);
+  if (noise > 0) findExtremes(spectrum, kFewestExtremes + peakCount);
 }
 
 void PlaneSample::sampleLevels(const Spectrum& spectrum) {
