@@ -11,7 +11,7 @@
 #include "base/RobustSpread.h"
 #include "check/Checks.h"
 #include "integrate/Uphill.h"
-#include "spectrum/PointNoise.h"
+#include "spectrum/PlaneNoise.h"
 
 namespace peakbox {
 
@@ -99,7 +99,7 @@ Adviser::Adviser(const std::string& parameterFile) {
   place();
   for (int k = 0; k < settings.getSpectrumCount(); ++k) {
     spectrum.loadData(settings.getSpectrumFile(k), false);
-    const double noise = estimatePointNoise(spectrum, 1 << 18);
+    const double noise = estimatePointNoise(spectrum);
     follow(noise);
     for (std::size_t j = 0; j < isFound.size(); ++j) {
       if (!isFound[j]) search(j, noise);
