@@ -191,8 +191,9 @@ Plane makePlane(double delaySeconds, double steps, double noise, std::mt19937& g
   Plane plane = makeNoise(noise, generator);
   for (std::size_t k = 0; k < kLines.size(); ++k) {
     Line line = kLines[k];
-    if (k % 3 == 0) line.point1 += steps * kWalkPoints[0];
-    if (k % 3 == 0) line.point2 += steps * kWalkPoints[1];
+    const double way = k % 3 == 0 ? steps : 0.0;
+    line.point1 += way * kWalkPoints[0];
+    line.point2 += way * kWalkPoints[1];
     const double height = line.height * std::exp(-line.ratePerSecond * delaySeconds);
     for (int j = 0; j < kAxis2.points; ++j) {
       for (int i = 0; i < kAxis1.points; ++i) {
