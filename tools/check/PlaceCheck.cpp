@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 
 #include "base/RobustSpread.h"
 #include "check/CommonShift.h"
@@ -118,18 +119,22 @@ std::vector<Signal> findSignals(const SampledSeries& all, const std::vector<std:
   return signals;
 }
 
-bool isAlone(const Signal& signal, const std::vector<Signal>& signals) {
+/// Whether fewer than so many other planes have a signal beside it.
+bool isAlone(const Signal& signal, const std::vector<Signal>& signals, std::size_t fewest) {
   const auto isBefore = [](const Signal& other, float x) { return other.place[0] < x; };
+  std::set<std::size_t> planes;
   auto other = std::lower_bound(signals.begin(), signals.end(), signal.place[0] - 4.5F, isBefore);
   for (; other != signals.end() && other->place[0] <= signal.place[0] + 4.5F; ++other) {
-    if (other->plane != signal.plane && std::fabs(other->place[1] - signal.place[1]) <= 2.5F) return false;
+    if (other->plane != signal.plane && std::fabs(other->place[1] - signal.place[1]) <= 2.5F)
+      planes.insert(other->plane);
+    if (planes.size() >= fewest) return false;
   }
   return true;
 }
 
-/// The share of a plane's strong signals that no other plane has, 0 where they are few. A band that holds many of them,
-/// as water leaves it, does not count.
-double findAloneShare(const std::vector<Signal>& signals, std::size_t plane) {
+/// The share of a plane's strong signals that other planes do not have, 0 where they are few. A band that holds many of
+/// them, as water leaves it, does not count.
+double findAloneShare(const std::vector<Signal>& signals, std::size_t plane, std::size_t fewest) {
   constexpr double kFewest = 10;
   constexpr int kBand = 4;  // points
   std::map<int, std::vector<const Signal*>> bands;
@@ -144,7 +149,7 @@ double findAloneShare(const std::vector<Signal>& signals, std::size_t plane) {
   for (const auto& [place, band] : bands) {
     if (static_cast<double>(band.size()) > most) count -= static_cast<double>(band.size());
     if (static_cast<double>(band.size()) > most) continue;
-    for (const Signal* signal : band) alone += isAlone(*signal, signals);
+    for (const Signal* signal : band) alone += isAlone(*signal, signals, fewest);
   }
   return count < kFewest ? 0 : alone / count;
 }
@@ -203,7 +208,7 @@ void checkForeign(SampledSeries& all, const std::vector<Displacement>& displaced
   double share = 0;
   for (const std::size_t n : planes) {
     const auto isIt = [n](const Displacement& displacement) { return displacement.plane == n; };
-    const double alone = findAloneShare(signals, n);
+    const double alone = findAloneShare(signals, n, 1 + planes.size() / 10);
     if (alone < 0.45 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
     if (foreign.empty()) share = alone;
     foreign.push_back(n);

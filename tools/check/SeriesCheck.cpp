@@ -13,10 +13,11 @@ void SeriesCheck::follow(const Series& series, const Spectrum& spectrum) {
 /// The order is that in which causes explain one another: what a finding has taken out is looked at no more.
 Explained SeriesCheck::tell(const Series& series, Findings& findings) const {
   SampledSeries all{parameters, peaks, series, axes, planes, profiles, findings};
-  Explained explained{.list = peaks.isMisread || checkListPlace(all), .planes = {}};
   checkContents(all);
+  if (!peaks.isMisread) checkPhase(all);
+  const bool areMostFree = 2 * all.findFree().size() > planes.size();
+  Explained explained{.list = peaks.isMisread || (areMostFree && checkListPlace(all)), .planes = {}};
   const std::vector<Displacement> displaced = findDisplaced(all);
-  if (!explained.list) checkPhase(all);
   checkForeign(all, displaced);
   tellDisplaced(all, displaced);
   checkScale(all);
