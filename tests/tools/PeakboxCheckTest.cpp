@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <sstream>
 #include <vector>
 
 #include "support/ExampleRun.h"
@@ -147,9 +148,11 @@ TEST(PeakboxCheck, NamesTheFaultsOfTheParameterFile) {
       {"negative", par("200 100", "200 -100"), "run.par:4: warning: TOLERANCE -100 is negative\n"},
       {"three values", par("200 100", "200 99.9,8"), "run.par:4: *the first two count, 200 and 99.9;*\n"},
       {"comment", par("200 100", "200 100 # Hz"), ""},
-      {"below a point", par("200 100", "200 49"), "run.par:4: *dimension 2, 49 Hz, is less than a point (50 Hz)*\n"},
+      {"below a point", par("200 100", "200 49"), "run.par:4: *200 49 is below a point of dimension 2 (50 Hz)*\n"},
       {"twice", par("SPECTRUM", "peaklist peaks.xpk\nSPECTRUM"), "run.par:5: *PEAKLIST again*not line 3\n"},
       {"field", par("100\n", "1e x\n"), "run.par:1: *'1e' is no number\nrun.par:1: *only '1e' counts, and not 'x'*\n"},
+      {"another field", par("FIELD 100", "FIELD 98.9"), "run.par:1: *FIELD 98.9 is not that of*, 100 MHz\n"},
+      {"nearly the field", par("FIELD 100", "FIELD 99.1"), ""},
       {"more words", par("s2 1", "s2 0,1"), "run.par:6: error: ERROR(line #6): Insufficent parameters.\n"},
       {"first without file", par("SPECTRUM", "SPECTRUM\nSPECTRUM"), "run.par:5: error: *No SPECTRUM specified.\n"},
       {"first that repeats", par("s1 0", "s1 \"\nSPECTRUM s1 0"), "run.par:5: error: *No previous*\n"},
@@ -348,33 +351,151 @@ TEST(PeakboxCheck, SuggestsBoxBoundsAndTolerance) {
   }
 }
 
-TEST(PeakboxCheck, NamesPlanesThatDoNotFit) {
-  const auto moved = [](const std::string& points, const std::string& dim) {
-    return "s3: *: all peaks have moved against the first*about " + points + " points in dimension " + dim + "\n";
+/// Peak k of the larger series. No shift brings many of them together.
+Signals scatterSignals(float moved = 0) {
+  Signals signals;
+  for (int k = 0; k < 30; ++k) {
+    const float half = k % 3 == 0 ? 0.5F : 0;  // between two points, so that noise decides which is higher
+    signals.push_back({static_cast<float>(12 + k * 67 % 169) + half, static_cast<float>(12 + k * k * 13 % 103),
+                       300.0F + 10.0F * static_cast<float>(k)});
+    if (k % 2 == 0) signals.back()[0] += moved;
+  }
+  return signals;
+}
+
+using Values = std::function<float(int, int)>;
+
+/// Noise between -1 and 1 that no other plane has, and peaks; lobes in the place of peaks in one dimension, if asked
+/// for.
+Values makeValues(std::uint32_t number, float factor, const Signals& signals, int lobes = 0) {
+  return [=](int i, int j) {
+    std::uint32_t hash = number * 0x27d4eb2fU ^ static_cast<std::uint32_t>(i * 128 + j + 1) * 0x9e3779b9U;
+    hash = (hash ^ hash >> 15) * 0x2c1b3c6dU;
+    hash = (hash ^ hash >> 12) * 0x297a2d39U;
+    float sum = static_cast<float>(hash >> 8) / 8388608.0F - 1.0F;
+    for (const auto& [top1, top2, height] : signals) {
+      const float di = static_cast<float>(i) - top1;
+      const float dj = static_cast<float>(j) - top2;
+      const float shape = lobes == 1 ? di / 2 : lobes == 2 ? dj / 2 : 1;
+      sum += factor * height * shape * std::exp(-(di * di + dj * dj) / 8);
+    }
+    return sum;
   };
-  const auto listOff = [](int i, int j) {
-    return list(kPeaks, peakAt("1", "A1", 20 + i, 10 + j) + peakAt("2", "B2", 40 + i, 30 + j) +
-                            peakAt("3", "C3", 12 + i, 34 + j));
+}
+
+std::string writeValues(const Values& value) {
+  return writePipe({.direct = {.size = 192, .observeMHz = 630, .sweepWidthHz = 2016, .lastPpm = 6, .tile = 16},
+                    .indirect = {.size = 128, .observeMHz = 60, .sweepWidthHz = 1280, .lastPpm = 100, .tile = 16},
+                    .value = value});
+}
+
+/// The list of these peaks, moved, in ppm or what a ppm is multiplied with.
+std::string listSignals(double ppm1 = 0, double ppm2 = 0, double unit1 = 1, double unit2 = 1) {
+  std::string text = examplePeakHeader();
+  text.replace(text.find("{100} {50}"), 10, "{630} {60}");
+  int number = 0;
+  for (const auto& [i, j, height] : scatterSignals()) {
+    const std::string name = std::to_string(++number);
+    text += examplePeakLine({.number = name,
+                             .label = std::string("L").append(name),
+                             .ppm1 = std::to_string((6 + (191 - i) / 60 + ppm1) * unit1),
+                             .width1 = std::to_string(0.08 * unit1),
+                             .ppm2 = std::to_string((100 + (127 - j) / 6 + ppm2) * unit2),
+                             .width2 = std::to_string(0.7 * unit2)});
+  }
+  return text;
+}
+
+constexpr std::array<float, 7> kFactors{1, 1, 0.8F, 0.65F, 0.5F, 0.4F, 0.8F};  // of planes 1 to 6; 6 repeats 2
+
+Files makeDecay(float movedByPlane = 0) {
+  Files files{{"peaks.xpk", listSignals()},
+              {"run.par",
+               "FIELD 630\nBOXSIZE 1\nPEAKLIST peaks.xpk\nTOLERANCE 0 0\nSPECTRUM p1 0\nSPECTRUM p2 1\nSPECTRUM p3 2\n"
+               "SPECTRUM p4 3\nSPECTRUM p5 4\nSPECTRUM p6 1\n"}};
+  for (std::uint32_t n = 1; n <= 6; ++n) {
+    const Signals signals = scatterSignals(movedByPlane * static_cast<float>(n - 1));
+    files[std::string("p").append(std::to_string(n))] = writeValues(makeValues(n, kFactors[n], signals));
+  }
+  return files;
+}
+
+/// Changes the values of plane 3, or of another one.
+Damage change(const std::function<float(const Values&, int, int)>& changed, std::uint32_t n = 3) {
+  const Values values = makeValues(n, kFactors[n], scatterSignals());
+  return put(std::string("p").append(std::to_string(n)),
+             writeValues([=](int i, int j) { return changed(values, i, j); }));
+}
+
+void expectLines(const std::string& name, const Files& files, const std::string& lines) {
+  std::string found;
+  std::istringstream all(findIn(files));
+  for (std::string line; std::getline(all, line);) {
+    if (!line.starts_with("peaks.xpk:") || line.find(" L") == std::string::npos) found += line + "\n";
+  }
+  EXPECT_EQ(fnmatch(lines.c_str(), found.c_str(), FNM_NOESCAPE), 0) << name << " gives\n"
+                                                                    << found << "and not\n"
+                                                                    << lines;
+}
+
+TEST(PeakboxCheck, NamesPlanesAndListsThatDoNotFit) {
+  const auto lobes = [](int dim) { return put("p3", writeValues(makeValues(3, kFactors[3], scatterSignals(), dim))); };
+  const Damage reversed{[](Files& files) {
+    std::string& bytes = files["p3"];
+    for (std::size_t i = 2048; i < bytes.size(); i += 4) std::reverse(&bytes[i], &bytes[i] + 4);
+  }};
+  const auto twice = [](const Values& values, int i, int j) { return 2 * values(i, j); };
+  const auto invert = [](const Values& values, int i, int j) { return -values(i, j); };
+  const auto clear = [](const Values& values, int i, int j) { return j > 40 && j < 60 ? 0 : values(i, j); };
+  const auto list = [](const std::string& text) { return put("peaks.xpk", text); };
+  const std::string sign = ": warning: its peaks have the other sign than in all other spectra*\n";
+  const Files healthy = makeDecay();
+  const Row rows[] = {
+      {"healthy", par("FIELD", "FIELD"), ""},
+      {"scaled", change(twice), "p3: warning: its noise is * times that of most other spectra: *\n"},
+      {"the first scaled", change(twice, 1), "p1: warning: its noise is * times that of most other spectra: *\n"},
+      {"one FID twice", put("p3", writeValues(makeValues(2, 0.65F, scatterSignals()))),
+       "p3: warning: its noise is that of p2, *the same FID*\n"},
+      {"bytes reversed", reversed, "p3: error: magnitudes that no spectrum has*byte order*\n"},
+      {"magnitude", change([](const Values& v, int i, int j) { return std::fabs(v(i, j)); }), "p3: *: magnitude *\n"},
+      {"offset", change([](const Values& v, int i, int j) { return v(i, j) + 5; }), "p3: *: an offset; *\n"},
+      {"reversed", change([](const Values& v, int i, int j) { return v(191 - i, j); }), "p3: *: another sample, *\n"},
+      {"displaced", change([](const Values& v, int i, int j) { return v(i - 5, j); }),
+       "p3: *: its peaks lie -0.08? ppm (+5 points) in dimension 1 from those of p1: *\n"},
+      {"blanked", change(clear), "p3: *: the boxes of * of 30 peaks hold nothing but zeros: *\n"},
+      {"out of phase", lobes(1), "p3: *a lobe of the other sign beside them in dimension 1: out of phase *\n"},
+      {"out of phase in dimension 2", lobes(2), "p3: *a lobe of the other sign beside them in dimension 2: *\n"},
+      {"inverted", change(invert), "p3" + sign},
+      {"the first inverted", change(invert, 1), "p1" + sign},
+      {"the last inverted", change(invert, 5), "p5" + sign},
+      {"no repeat", par("p6 1", "p6 4"), "run.par:10: *p6 repeats p5 (4), but its intensities differ by +?? %:*\n"},
+      {"exchanged parameters", par("p4 3", "p4 4") + par("p5 4", "p5 3"),
+       "run.par:9: *order of the SPECTRUM lines, but not with the parameters (3 follows 4)*\n"},
+      {"files in another order", par("p4 3", "p5 3") + par("p5 4", "p4 4"),
+       "run.par:8: *order of the numbers in the names*, but not with the parameters (3 follows 4)*\n"},
+      {"weakest first", par("SPECTRUM p5 4\n", "") + par("SPECTRUM p1", "SPECTRUM p5 4\nSPECTRUM p1"),
+       "run.par:5: *p5, *, is the weakest spectrum, with ?? % of the height in p1: *\n"},
+      {"list off", list(listSignals(0.15, -1)),
+       "peaks.xpk: *: the list is off: moved by -0.15? ppm (+9 points) in dimension 1 and +1.0?? ppm (-6 points) in "
+       "*\n"},
+      {"list in Hz", list(listSignals(0, 0, 630, 60)),
+       "peaks.xpk: *look like Hz (dimension 1) and Hz (dimension 2)*\n"},
+      {"list in points", list(listSignals(-6, -100, 60, 6)),
+       "peaks.xpk: *look like points (dim*points (dimension 2)*\n"},
+      {"list of 13C", list(listSignals(0, -70)), "peaks.xpk: *look like ppm of another nucleus (dimension 2), *\n"},
+      {"still boxes", par("TOLERANCE 0 0", "TOLERANCE 25 25"),
+       "run.par:4: *TOLERANCE 25 25: the boxes of * of 30 peaks move although the peaks stay; TOLERANCE 0 0*\n"},
   };
-  const auto move = [](float i, float j) { return put("s3", makePlane(3, i, j)); };
-  const Plane noise = makePlane(2, 0, 0, {});
-  const Plane turned = makePlane(2, 0, 0, {{20, 10, -1000}, {40, 30, -800}, {12, 34, 900}});
-  expectFindings({
-      {"beyond the tolerance", move(3, 0), moved("3", "1")},
-      {"beyond that of dimension 2", move(0, -3), moved("-3", "2")},
-      {"within it", move(0.4F, -0.4F), ""},
-      {"no tolerance", par("200 100", "0 0") + move(3, 0), moved("3", "1")},
-      {"none in dimension 1", par("200 100", "0 100") + move(1, 0), moved("1", "1")},
-      {"one in dimension 2", par("200 100", "0 100") + move(0, 3), moved("3", "2")},
-      {"none in dimension 2", par("200 100", "200 0") + move(0, 1), moved("1", "2")},
-      {"far", move(-9, 11), moved("-9", "1") + moved("11", "2")},
-      {"list off", listOff(3, 0), "peaks.xpk: *most peaks*about -1 points in dimension 1\n*A1*\n*B2*\n*C3*\n"},
-      {"list off in dimension 2", listOff(0, -3), "peaks.xpk: *about 1 points in dimension 2\n*A1*\n*B2*\n*C3*\n"},
-      {"vanished", put("s2", noise), "s2: *: 3 of 3 peaks that the first and a later spectrum show are not seen*\n"},
-      {"vanished in the end", put("s3", noise), ""},
-      {"turned", put("s2", turned), "s2: *: the peaks have the other sign than in the first and in a later*\n"},
-      {"turned in the end", put("s3", turned), ""},
-  });
+  for (const auto& [name, damage, lines] : rows) {
+    Files files = healthy;
+    damage.apply(files);
+    expectLines(name, files, lines);
+  }
+  expectLines("walking", makeDecay(1.6F), "run.par:4: *TOLERANCE 0 0 is too small: 1? of ?? peaks move out of it*\n");
+  Files files = makeDecay(0.15F);
+  par("TOLERANCE 0 0\n", "").apply(files);
+  expectLines("below a point", files,
+              "run.par: *10 10, the default, is below a point of dimension 1 (10.5 Hz)*peaks move*\n");
 }
 
 }  // namespace

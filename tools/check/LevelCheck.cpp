@@ -131,16 +131,20 @@ void checkScale(SampledSeries& all) {
 }
 
 void checkZeroBoxes(SampledSeries& all) {
+  const std::size_t count = all.series.getPeakCount();
+  std::vector<std::size_t> empty;  // planes
+  std::string text;
   for (const std::size_t n : all.findFree()) {
-    std::size_t empty = 0;
-    for (std::size_t j = 0; j < all.series.getPeakCount(); ++j) {
+    std::size_t boxes = 0;
+    for (std::size_t j = 0; j < count; ++j) {
       const Sighting& seen = all.series.getSighting(n, j);
-      empty += all.series.isSeen(n, j) && seen.height == 0 && seen.sum == 0;
+      boxes += all.series.isSeen(n, j) && seen.height == 0 && seen.sum == 0;
     }
-    if (empty == 0) continue;
-    all.tellPlanes({n}, "the boxes of " + std::to_string(empty) + " of " + std::to_string(all.series.getPeakCount()) +
-                            " peaks hold nothing but zeros: a part of it was blanked, cut off or not processed");
+    if (boxes == 0) continue;
+    if (empty.empty()) text = "the boxes of " + std::to_string(boxes) + " of " + std::to_string(count);
+    empty.push_back(n);
   }
+  all.tellPlanes(empty, text + " peaks hold nothing but zeros: a part of it was blanked, cut off or not processed");
 }
 
 }  // namespace peakbox

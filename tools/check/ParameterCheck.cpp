@@ -59,7 +59,7 @@ struct ParameterReader {
       if (keyword == "TOLERANCE") checkTolerance();
       if (keyword == "FIELD" || keyword == "PEAKLIST") checkOneValue(keyword == "FIELD");
       if (keyword == "FIELD") parameters.fieldLine = line;
-      if (keyword == "FIELD") parameters.field = textToReal(tokens()[1].c_str());
+      if (keyword == "FIELD") parameters.field = textToDecimal(tokens()[1]).value_or(0);
       if (keyword != "SPECTRUM") continue;
       parameters.spectrumLines.push_back(line);
       checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);

@@ -26,7 +26,7 @@ struct SampledSeries {
   const std::vector<PlaneSample>& planes;
   const std::vector<PeakProfiles>& profiles;
   Findings& findings;
-  std::vector<bool> taken = std::vector<bool>(planes.size());
+  std::vector<bool> taken;
 
   bool isFree(std::size_t n) const { return !taken[n] && planes[n].noise > 0; }
   std::vector<std::size_t> findFree() const;

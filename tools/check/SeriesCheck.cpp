@@ -4,15 +4,16 @@
 
 namespace peakbox {
 
-void SeriesCheck::follow(const Series& series, const Spectrum& spectrum) {
+void SeriesCheck::follow(const Series& series, const Spectrum& spectrum, bool isTold) {
   if (planes.empty()) axes = spectrum.getAxes();
   planes.emplace_back(spectrum, series.getPeakCount());
   profiles.emplace_back(series, spectrum);
+  told.push_back(isTold);
 }
 
 /// The order is that in which causes explain one another: what a finding has taken out is looked at no more.
 Explained SeriesCheck::tell(const Series& series, Findings& findings) const {
-  SampledSeries all{parameters, peaks, series, axes, planes, profiles, findings};
+  SampledSeries all{parameters, peaks, series, axes, planes, profiles, findings, told};
   checkContents(all);
   if (!peaks.isMisread) checkPhase(all);
   const bool areMostFree = 2 * all.findFree().size() > planes.size();

@@ -14,8 +14,8 @@ class SeriesCheck {
  public:
   SeriesCheck(const Parameters& all, const ListedPeaks& listed) : parameters(all), peaks(listed) {}
 
-  /// Takes the plane that the series has measured last.
-  void follow(const Series& series, const Spectrum& spectrum);
+  /// Takes the plane that the series has measured last, and whether a finding tells already what is wrong with it.
+  void follow(const Series& series, const Spectrum& spectrum, bool isTold);
 
   Explained tell(const Series& series, Findings& findings) const;
 
@@ -25,6 +25,7 @@ class SeriesCheck {
   Axes axes;
   std::vector<PlaneSample> planes;
   std::vector<PeakProfiles> profiles;
+  std::vector<bool> told;
 };
 
 }  // namespace peakbox
