@@ -447,7 +447,7 @@ TEST(PeakboxCheck, NamesPlanesAndListsThatDoNotFit) {
   const auto twice = [](const Values& values, int i, int j) { return 2 * values(i, j); };
   const auto invert = [](const Values& values, int i, int j) { return -values(i, j); };
   const auto clear = [](const Values& values, int i, int j) { return j > 40 && j < 60 ? 0 : values(i, j); };
-  const auto list = [](const std::string& text) { return put("peaks.xpk", text); };
+  const auto listed = [](const std::string& text) { return put("peaks.xpk", text); };
   const std::string sign = ": warning: its peaks have the other sign than in all other spectra*\n";
   const Files healthy = makeDecay();
   const Row rows[] = {
@@ -475,14 +475,14 @@ TEST(PeakboxCheck, NamesPlanesAndListsThatDoNotFit) {
        "run.par:8: *order of the numbers in the names*, but not with the parameters (3 follows 4)*\n"},
       {"weakest first", par("SPECTRUM p5 4\n", "") + par("SPECTRUM p1", "SPECTRUM p5 4\nSPECTRUM p1"),
        "run.par:5: *p5, *, is the weakest spectrum, with ?? % of the height in p1: *\n"},
-      {"list off", list(listSignals(0.15, -1)),
+      {"list off", listed(listSignals(0.15, -1)),
        "peaks.xpk: *: the list is off: moved by -0.15? ppm (+9 points) in dimension 1 and +1.0?? ppm (-6 points) in "
        "*\n"},
-      {"list in Hz", list(listSignals(0, 0, 630, 60)),
+      {"list in Hz", listed(listSignals(0, 0, 630, 60)),
        "peaks.xpk: *look like Hz (dimension 1) and Hz (dimension 2)*\n"},
-      {"list in points", list(listSignals(-6, -100, 60, 6)),
+      {"list in points", listed(listSignals(-6, -100, 60, 6)),
        "peaks.xpk: *look like points (dim*points (dimension 2)*\n"},
-      {"list of 13C", list(listSignals(0, -70)), "peaks.xpk: *look like ppm of another nucleus (dimension 2), *\n"},
+      {"list of 13C", listed(listSignals(0, -70)), "peaks.xpk: *look like ppm of another nucleus (dimension 2), *\n"},
       {"still boxes", par("TOLERANCE 0 0", "TOLERANCE 25 25"),
        "run.par:4: *TOLERANCE 25 25: the boxes of * of 30 peaks move although the peaks stay; TOLERANCE 0 0*\n"},
   };

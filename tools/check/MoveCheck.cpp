@@ -75,7 +75,7 @@ class MoveCheck {
     } else if (!below.empty() && (isGiven || doMove)) {
       tellTolerance(" is below a point of " + describePoints() + " and acts as 0 there" +
                     (doMove ? ", but peaks move: give at least a point" : "; write 0 if that is meant"));
-    } else if (isEnough && !doMove && boxesMoved > 0) {
+    } else if (isEnough && !doMove && boxesMoved >= kFewestPeaks) {
       tellTolerance(": the boxes of " + std::to_string(boxesMoved) + " of " + std::to_string(tops) +
                     " peaks move although the peaks stay; TOLERANCE 0 0 keeps them");
     }

@@ -131,10 +131,11 @@ Shares averageRepeats(const Shares& rows, const std::vector<double>& parameters)
   for (std::size_t n = 0; n < rows.size(); ++n) planes[parameters[n]].push_back(n);
   Shares means;
   for (const auto& [parameter, repeats] : planes) {
-    std::vector<double>& mean = means.emplace_back(rows[0].size());
+    std::vector<double> mean(rows[0].size());
     for (const std::size_t n : repeats) {
       for (std::size_t k = 0; k < mean.size(); ++k) mean[k] += rows[n][k] / static_cast<double>(repeats.size());
     }
+    means.push_back(mean);
   }
   return means;
 }

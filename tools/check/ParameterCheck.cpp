@@ -58,8 +58,10 @@ struct ParameterReader {
       if (keyword == "BOXSIZE") checkBoxSize();
       if (keyword == "TOLERANCE") checkTolerance();
       if (keyword == "FIELD" || keyword == "PEAKLIST") checkOneValue(keyword == "FIELD");
-      if (keyword == "FIELD") parameters.fieldLine = line;
-      if (keyword == "FIELD") parameters.field = textToDecimal(tokens()[1]).value_or(0);
+      if (keyword == "FIELD") {
+        parameters.fieldLine = line;
+        parameters.field = textToDecimal(tokens()[1]).value_or(0);
+      }
       if (keyword != "SPECTRUM") continue;
       parameters.spectrumLines.push_back(line);
       checkSpectrum(lines[static_cast<std::size_t>(line - 1)]);

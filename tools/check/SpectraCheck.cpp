@@ -104,10 +104,12 @@ bool SpectraCheck::checkContents(int k, const FileFindings& ofFile) {
   ofFile.add(contents.isConstant && value == 0, 0, "warning: nothing but zeros");
   ofFile.add(contents.isConstant && value != 0, 0, "warning: all values are ", value);
   if (contents.isConstant) return false;
-  isCutShort = ofFile.add(contents.zeroRows * 8 > spectrum.getSize(1), 0, "warning: the last ", contents.zeroRows,
-                          " of ", spectrum.getSize(1), " rows are nothing but zeros: did its processing end early?");
+  const bool isCutShort =
+      ofFile.add(contents.zeroRows * 8 > spectrum.getSize(1), 0, "warning: the last ", contents.zeroRows, " of ",
+                 spectrum.getSize(1), " rows are nothing but zeros: did its processing end early?");
   const int same = spectrumOfContents.emplace(contents.fingerprint, k).first->second;
   ofFile.add(same != k, 0, "error: the same data as spectrum ", same + 1, ", ", settings.getSpectrumFile(same));
+  isTold = isCutShort || same != k;
   return true;
 }
 

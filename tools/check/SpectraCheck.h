@@ -20,9 +20,9 @@ class SpectraCheck {
   /// Loads spectrum k, from 0, after the first header has been read; whether peaks can be measured in it.
   bool check(int k);
 
-  /// The spectrum read last, and whether it was told that it ends in zeros.
+  /// The spectrum read last, and whether a finding explains what its peaks show.
   const Spectrum& getSpectrum() const { return spectrum; }
-  bool endsInZeros() const { return isCutShort; }
+  bool isExplained() const { return isTold; }
 
  private:
   bool load(int k, const FileFindings& ofFile);
@@ -32,7 +32,7 @@ class SpectraCheck {
   const RunSettings& settings;
   Findings& findings;
   Spectrum spectrum;
-  bool isCutShort = false;
+  bool isTold = false;
   bool hasFirstHeader = false;
   bool isFirstInOrder = false;
   Axes firstAxes;

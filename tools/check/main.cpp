@@ -25,7 +25,7 @@ void checkSeries(const Parameters& parameters, SpectraCheck& spectra, const List
     if (k == 0 && !isSound) series.reset();
     if (series && isSound) {
       series->measure(k, spectra.getSpectrum());
-      check.follow(*series, spectra.getSpectrum(), spectra.endsInZeros());
+      check.follow(*series, spectra.getSpectrum(), spectra.isExplained());
     }
     takeMessages();  // what a run would print is told in other words
   }
