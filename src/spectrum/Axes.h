@@ -47,6 +47,15 @@ struct Axes {
     return sizes[index(dim)] > 0 && std::isfinite(perPoint) && perPoint != 0;
   }
 
+  /// How far a dimension is off from that of `first`, in points of that, at the end where it is farther.
+  double findShift(const Axes& first, int dim) const {
+    const int last = sizes[index(dim)] - 1;
+    const double ppmPerPoint = (first.pointToPpm(0, dim) - first.pointToPpm(last, dim)) / (last > 1 ? last : 1);
+    const double shift = (pointToPpm(0, dim) - first.pointToPpm(0, dim)) / ppmPerPoint;
+    const double lastShift = (pointToPpm(last, dim) - first.pointToPpm(last, dim)) / ppmPerPoint;
+    return std::fabs(shift) > std::fabs(lastShift) ? shift : lastShift;
+  }
+
   /// Whether a point lies in the plane.
   bool contains(const Point& point) const {
     return point[0] >= 0 && point[0] < sizes[0] && point[1] >= 0 && point[1] < sizes[1];

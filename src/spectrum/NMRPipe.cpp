@@ -31,7 +31,13 @@ std::optional<bool> pipe::findByteOrder(const FileHeader& header) {
 
 std::string Spectrum::describeOrder() const {
   if (formatCode != SpectrumFormat::NMRPipe) return "";
-  if (isTransposed || (axisNumbers[0] != 0 && axisNumbers[0] != pipe::kDirect)) {
+  const bool isDirectFirst = axisNumbers[0] == 0 || axisNumbers[0] == pipe::kDirect;
+  if (isTransposed == isDirectFirst) {
+    return "its header contradicts itself on whether it is transposed, so that nobody can tell which axis is the "
+           "direct "
+           "dimension; process it again";
+  }
+  if (isTransposed) {
     return "transposed: the rows are not the direct dimension, so that all peaks would be looked for in wrong places; "
            "peakbox-planes turns it over";
   }

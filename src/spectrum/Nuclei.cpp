@@ -26,9 +26,9 @@ constexpr double kSameRatio = 1e-3;    // far more than chemical shifts make, an
 
 }  // namespace
 
-std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
-  const double mhz1 = std::fabs(spectrum.getObserveMHz(0));
-  const double mhz2 = std::fabs(spectrum.getObserveMHz(1));
+std::array<std::string, 2> nameDimensions(double directMHz, double indirectMHz) {
+  const double mhz1 = std::fabs(directMHz);
+  const double mhz2 = std::fabs(indirectMHz);
   for (const Nucleus& direct : kNuclei) {
     const double protonMHz = mhz1 / direct.ratio;
     if (!(protonMHz >= kLowestMHz && protonMHz <= kHighestMHz)) continue;
@@ -40,6 +40,10 @@ std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
     }
   }
   return {"D1", "D2"};
+}
+
+std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
+  return nameDimensions(spectrum.getObserveMHz(0), spectrum.getObserveMHz(1));
 }
 
 std::string findNucleus(const std::string& text) {

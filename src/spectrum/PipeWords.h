@@ -13,7 +13,10 @@ namespace peakbox::pipe {
 
 constexpr std::size_t offsetOf(std::size_t word) { return 4 * word; }
 
+constexpr std::size_t kFloatFormat = offsetOf(1);
+constexpr std::size_t kFloatOrder = offsetOf(2);
 constexpr std::size_t kDimensionCount = offsetOf(9);
+constexpr std::size_t kQuadFlag = offsetOf(106);    // of the whole data set, as that of an axis
 constexpr std::size_t kTransposed = offsetOf(221);  // 1 in a two-dimensional file whose rows are the indirect dimension
 constexpr std::size_t kMostAxes = 4;
 constexpr int kDirect = 2;    // the number of the direct dimension
@@ -37,19 +40,25 @@ struct AxisWords {
   std::size_t isTransformed;  // 1 where it is
   std::size_t quadFlag;       // 0 complex, 1 real
   std::size_t label;
+  std::size_t carrierPpm;
+  std::size_t centre;  // the point of the carrier, from 1
 };
 
 /// The words of the axis of this number, from 1 to 4.
 constexpr AxisWords getAxisWords(int number) {
-  constexpr std::array<std::array<std::size_t, 6>, kMostAxes> kWords{
-      {{229, 249, 218, 222, 55, 18}, {100, 101, 119, 220, 56, 16}, {11, 12, 10, 13, 51, 20}, {29, 30, 28, 31, 54, 22}}};
+  constexpr std::array<std::array<std::size_t, 8>, kMostAxes> kWords{{{229, 249, 218, 222, 55, 18, 67, 80},
+                                                                      {100, 101, 119, 220, 56, 16, 66, 79},
+                                                                      {11, 12, 10, 13, 51, 20, 68, 81},
+                                                                      {29, 30, 28, 31, 54, 22, 69, 82}}};
   const auto& words = kWords[static_cast<std::size_t>(number) - 1];
   return {.sweepWidthHz = offsetOf(words[0]),
           .originHz = offsetOf(words[1]),
           .observeMHz = offsetOf(words[2]),
           .isTransformed = offsetOf(words[3]),
           .quadFlag = offsetOf(words[4]),
-          .label = offsetOf(words[5])};
+          .label = offsetOf(words[5]),
+          .carrierPpm = offsetOf(words[6]),
+          .centre = offsetOf(words[7])};
 }
 
 /// Whether the words of a header are in the other byte order, which the format does not record: a header that makes no

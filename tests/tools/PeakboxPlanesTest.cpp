@@ -65,6 +65,58 @@ Files writeForm(const Form& form) {
   return files;
 }
 
+/// A cube of the three planes whose axes stand in this order, the fastest first; number 3 is the delays.
+std::string writeTurned(const std::array<std::size_t, 3>& order, bool isTransformed) {
+  const std::array<std::size_t, 4> sizes{0, 12, 16, 3};
+  std::string bytes = put(makeHeader({}), {{13, isTransformed}, {51, 1}, {11, 600}, {10, 50}});
+  for (const auto& [place, word] : {std::pair{0U, 99U}, {1U, 219U}, {2U, 15U}}) {
+    bytes = put(bytes, {{24 + place, order[place]}, {word, sizes[order[place]]}});
+  }
+  for (std::size_t n = 0; n < 3UL * 12 * 16; ++n) {
+    std::array<std::size_t, 4> point{};
+    for (std::size_t place = 0, rest = n; place < 3; rest /= sizes[order[place++]]) {
+      point[order[place]] = rest % sizes[order[place]];
+    }
+    bytes.append(4, '\0');
+    const auto inPlane = static_cast<float>(point[1] * 16 + point[2]);
+    putReal(bytes, bytes.size() - 4, inPlane + static_cast<float>(point[3] + 1) / 4, false);
+  }
+  return bytes;
+}
+
+TEST(PeakboxPlanes, AreThoseOfACubeThatIsTurnedRound) {
+  const std::tuple<std::array<std::size_t, 3>, bool> rows[] = {{{1, 3, 2}, false}, {{3, 1, 2}, false},
+                                                               {{3, 2, 1}, false}, {{2, 3, 1}, false},
+                                                               {{1, 3, 2}, true},  {{3, 1, 2}, true}};
+  for (const auto& [order, isTransformed] : rows) {
+    Files files{{"in", writeTurned(order, isTransformed)}};
+    const std::string header =
+        put(makeHeader({.dimensionCount = 2}), {{13, isTransformed}, {51, 1}, {11, 600}, {10, 50}});
+    for (const int plane : {1, 2, 3}) files["wanted" + std::to_string(plane)] = header + makeValues(plane, {});
+    EXPECT_EQ(
+        runExample(files, "sh -c 'peakbox-planes -o to in >lines; for n in 1 2 3; do cmp to/00$n.ft2 wanted$n; done'"),
+        outcome(0, ""))
+        << order[0] << order[1] << order[2];
+  }
+}
+
+TEST(PeakboxPlanes, AreAddedToThoseThatThereAre) {
+  Files files = writeForm({});
+  files["in2"] = put(files["in2"], {{249, 104.9F}});  // by less than a tenth of a point
+  EXPECT_EQ(runExample(files,
+                       "sh -c 'peakbox-planes -a -o to in1; mv to/001.ft2 to/009.ft2; : >to/1.ft2; "
+                       "peakbox-planes -ak -o to in3 in2; cmp to/010.ft2 in3 | cut -d \" \" -f 1-2; ls to'"),
+            outcome(0,
+                    "peakbox-planes: in1: its header counts 3 planes, and there are 1\n"
+                    "peakbox-planes: in3: its header counts 3 planes, and there are 2\n",
+                    "(no file)",
+                    "# to/001.ft2: in1\nSPECTRUM to/001.ft2\n# to/010.ft2: in3\nSPECTRUM to/010.ft2\n"
+                    "# to/011.ft2: in2\nSPECTRUM to/011.ft2\nto/010.ft2 in3\n009.ft2\n010.ft2\n011.ft2\n1.ft2\n"));
+  files["in3"] = put(files["in3"], {{99, 8}, {219, 24}});
+  EXPECT_EQ(runExample(files, "sh -c 'peakbox-planes -ko . in2 in1 >lines 2>&1; peakbox-planes -a -o . in3'"),
+            outcome(1, "peakbox-planes: in3: its direct dimension has 8 points, and that of ./001.ft2 16\n"));
+}
+
 TEST(PeakboxPlanes, AreTheSameFromEveryLayout) {
   const std::pair<const char*, Form> forms[] = {
       {"planes of 3D", {}},
@@ -125,8 +177,10 @@ TEST(PeakboxPlanes, SayWhatEachOneWasAndThatSomeAreLeftOut) {
             outcome(0, "peakbox-planes: 10/test.ft2: its header counts 3 planes, and there are 2\n", "(no file)",
                     "# to/001.ft2: 10/test.ft2\nSPECTRUM to/001.ft2\n"
                     "# to/002.ft2: 2\\x0ab\\x01c\nSPECTRUM to/002.ft2\n"));
-  EXPECT_EQ(runExample(writeForm({.isCube = true}), "sh -c 'peakbox-planes -o to in1 | tail -n 2'"),
-            outcome(0, "", "(no file)", "# to/003.ft2: in1, plane 3\nSPECTRUM to/003.ft2\n"));
+  EXPECT_EQ(
+      runExample(writeForm({.dimensionCount = 2, .isCube = true}), "sh -c 'peakbox-planes -o to in1 | tail -n 2'"),
+      outcome(0, "peakbox-planes: in1: has two dimensions by its header, and the data of 3 planes\n", "(no file)",
+              "# to/003.ft2: in1, plane 3\nSPECTRUM to/003.ft2\n"));
 }
 
 TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
@@ -153,14 +207,20 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
             put(files["in1"], {{25, 3}, {24, 1}, {26, 2}})},
            {"bad: has 4 dimensions, and only two or three can be read", put(cube, {{9, 4}})},
            {"bad: this is no file of NMRPipe, or its header is damaged", put(cube, {{99, 0}})},
-           {"bad: its sizes or axes differ from those of in1", put(files["in1"], {{249, 1}})},
-           {"bad: its sizes or axes differ from those of in1", flat},
+           {"bad: its indirect dimension differs from that of in1, by up to 0.102 points: last point by 5.1 Hz",
+            put(files["in1"], {{249, 105.1F}})},
+           {"bad: its direct dimension differs from that of in1, by up to -1.5 points: sweep width by -160 Hz",
+            put(files["in1"], {{100, 1440}})},
+           {"bad: its direct dimension differs from that of in1, by up to 0 points: sweep width by 32 Hz, frequency by "
+            "2 MHz",
+            put(files["in1"], {{119, 102}, {100, 1632}})},
+           {"bad: its direct dimension has 8 points, and that of in1 16", put(files["in1"], {{99, 8}, {219, 24}})},
            {"bad: has 2304 " + plane + " and a cube 4 times as many", put(cube, {{15, 4}})},
            {"bad: has 2304 bytes of data, but a plane of 100000 x 2000000000 points has 800000000000000",
             put(cube, {{99, 1e5f}, {219, 2e9f}, {15, 1}})},
            {"bad: this is a whole cube, which can only be given alone", cube},
            {"bad: has 773 " + plane + " and a cube 3 times as many", files["in1"] + "12345"},
-           {"bad: this is no file of NMRPipe", writeView(examplePlane())},
+           {"bad: this is no file of NMRPipe, UCSF or Bruker", writeView(examplePlane())},
            {"bad: too short for a file of NMRPipe", "x"},
            {"bad: has 2 delays, and there are 3 planes", "1s\n2\n", "-o new -l bad in?"},
            {"bad: has 4 delays, and there are 3 planes", "1\n2\n3\n4s\n", "-o new -l bad in?"},
@@ -170,13 +230,14 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
            {"bad:2: '1m' is no count, which -t asks for", "1\n1m\n", "-o new -l bad -t 2 in?"},
            {"bad:1: '1.5' is no count, which -t asks for", "1.5\n", "-o new -l bad -t 2 in?"},
            {"none: there is no such file", "", "-o new in1 none"},
-           {".: this is no regular file", "", "-o new ."},
+           {"/dev/null: this is no regular file", "", "-o new /dev/null"},
+           {"./001.ft2.part: exists already", "", "-o . in?", ": >001.ft2.part; "},
            {"./in1: is given twice", "", "-o new in1 in2 ./in1"},
            {"./002.ft2: exists already", "", "-o . in?", "cp in1 002.ft2; "},
            {"/proc/001.ft2: cannot be created", "", "-o /proc in?"},
            {"in1: is no folder and cannot be made one", "", "-o in1 in?"},
            // A limit on the size of files stands in for a full disk: a block of 512 or 1024 bytes, by the shell.
-           {"new/001.ft2: cannot be written", cube, "-o new bad", "trap \"\" XFSZ; ulimit -f 1; "},
+           {"new/001.ft2: cannot be written", cube, "-o new bad", "ulimit -f 1; "},
            {"a b: a name in a parameter file has no blanks and no commas", "", "-o \"a b\" in?"},
        }) {
     files["bad"] = row.bad;
@@ -184,7 +245,7 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
                                     "; echo $?; ls -d new 001.ft2 2>&-'"),
               outcome(2, "peakbox-planes: " + row.message + "\n", "(no file)", "1\n"));
   }
-  const std::string usage = "usage: peakbox-planes [-k] [-l LIST [-t SECONDS]] -o DIR FILE...\n";
+  const std::string usage = "usage: peakbox-planes [-ak] [-l LIST [-t SECONDS]] -o DIR FILE...\n";
   for (const std::string arguments :
        {"a", "-o b", "-o b -l '' a", "-o b -t 1 a", "-o b -l c -t 0 a", "-o b -l c -t 1m a"}) {
     EXPECT_EQ(runExample({}, "peakbox-planes " + arguments), outcome(2, usage)) << arguments;

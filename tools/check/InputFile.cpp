@@ -22,10 +22,11 @@ std::string describeForeign(const std::string& path) {
   stream.read(start.data(), 8);
   start.resize(static_cast<std::size_t>(stream.gcount()));
   const fs::path name = fs::path(path).filename();
-  if (start.starts_with("UCSF NMR")) return "this is a UCSF file, as Sparky has them";
+  if (start.starts_with("UCSF NMR")) return "this is a UCSF file, as Sparky has them; peakbox-planes writes its planes";
   if (start.starts_with("\x89HDF")) return "this is an HDF5 file";
   if (start.starts_with("\x1f\x8b")) return "this is a compressed file; unpack it first";
-  if (name == "2rr" || name == "ser" || name == "fid") return "this is a file of a Bruker data set";
+  if (name == "2rr" || name == "3rrr") return "this is a file of a Bruker data set; peakbox-planes writes its planes";
+  if (name == "ser" || name == "fid") return "this is a file of a Bruker data set that has not been processed";
   return stream.eof() && start.empty() ? "this is an empty file" : "";
 }
 
@@ -61,7 +62,10 @@ std::string describeRefused(const std::string& path, SpectrumFormat wanted) {
 std::string describeUnusual(const std::string& path) {
   std::error_code ignored;
   const fs::file_status status = fs::status(path, ignored);
-  if (fs::is_directory(status)) return "this is a folder";
+  if (fs::is_directory(status)) {
+    const bool isOfBruker = fs::exists(path + "/2rr", ignored) || fs::exists(path + "/3rrr", ignored);
+    return isOfBruker ? "this is a folder of a Bruker data set; peakbox-planes writes its planes" : "this is a folder";
+  }
   if (fs::is_fifo(status)) return kPipe;
   return fs::exists(status) && !fs::is_regular_file(status) ? "this is no regular file" : "";
 }

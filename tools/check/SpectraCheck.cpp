@@ -28,8 +28,11 @@ bool isWhole(const Spectrum& spectrum, const FileFindings& findings) {
   const std::uintmax_t bytes = std::filesystem::file_size(findings.file, failed);
   const std::uintmax_t wanted = FileHeader::kSize + 4 * spectrum.countDataWords();
   if (failed) return true;
-  findings.add(bytes > wanted, 0, "warning: more data than one plane holds (", bytes - wanted,
-               " bytes more): of a cube only the first plane is measured; peakbox-planes writes all of them");
+  const bool isCube = spectrum.getFormat() == SpectrumFormat::NMRPipe && wanted > FileHeader::kSize &&
+                      (bytes - FileHeader::kSize) % (wanted - FileHeader::kSize) == 0;
+  findings.add(bytes > wanted, 0, "warning: more data than one plane holds (", bytes - wanted, " bytes more): ",
+               isCube ? "of a cube only the first plane is measured; peakbox-planes writes all of them"
+                      : "what is behind it is not read");
   return !findings.add(bytes < wanted, 0, "error: truncated: ", wanted - bytes, " bytes are missing at its end");
 }
 
@@ -41,11 +44,8 @@ void compareAxes(const Axes& axes, const Axes& first, const FileFindings& findin
     const double firstMHz = first.observeMHz[d];
     findings.add(std::fabs(mhz - firstMHz) > 0.01 * std::fabs(firstMHz), 0, "warning: dimension ", dim + 1,
                  " was recorded at ", mhz, " MHz, that of the first spectrum at ", firstMHz, " MHz");
-    const int last = axes.sizes[d] - 1;
-    const double ppmPerPoint = (first.pointToPpm(0, dim) - first.pointToPpm(last, dim)) / std::max(last, 1);
-    const auto shiftOf = [&](int i) { return (axes.pointToPpm(i, dim) - first.pointToPpm(i, dim)) / ppmPerPoint; };
-    const double worst = std::fabs(shiftOf(0)) > std::fabs(shiftOf(last)) ? shiftOf(0) : shiftOf(last);
-    findings.add(std::fabs(worst) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ", worst,
+    const double shift = axes.findShift(first, dim);
+    findings.add(std::fabs(shift) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ", shift,
                  " points from that of the first spectrum, and peaks are placed by the first");
   }
 }
