@@ -1,29 +1,15 @@
-#include <cstdlib>
-#include <filesystem>
-
 #include "FuzzSupport.h"
 #include "support/ExampleRun.h"
-
-/// The main function of peakbox-planes.
-int peakboxPlanes(int count, char** arguments);
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
   using namespace peakbox;
   static const fuzz::InputFile example(test::writePipe(test::examplePlane()));
   static const fuzz::InputFile file;
-  static std::string parent = "/tmp/peakbox-fuzz-XXXXXX";
-  static const bool isMade = mkdtemp(parent.data()) != nullptr;
-  if (!isMade) std::abort();
-  const std::string folder = parent + "/planes";
   file.write({data, size});
-  const auto run = [&](std::vector<std::string> words) {
-    words.insert(words.begin(), {"peakbox-planes", "-o", folder});
-    fuzz::runCompanion(peakboxPlanes, words);
-    std::filesystem::remove_all(folder);
-  };
-  run({file.path()});
-  run({"-k", example.path(), file.path()});
-  run({"-l", file.path(), example.path()});
+  fuzz::runPlanes({file.path()});
+  fuzz::runPlanes({"-k", example.path(), file.path()});
+  fuzz::runPlanes({"-l", file.path(), example.path()});
+  fuzz::runPlanes({"-l", file.path(), "-t", "2", example.path()});
   return 0;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <streambuf>
 
@@ -17,6 +18,9 @@
 
 /// The main function of peakbox-check.
 int peakboxCheck(int count, char** arguments);
+
+/// That of peakbox-planes.
+int peakboxPlanes(int count, char** arguments);
 
 /// libFuzzer's own changes.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t sizeLimit);
@@ -108,6 +112,19 @@ void runCompanion(Main* companion, std::vector<std::string> words) {
     require(!end.message.empty() && (end.status == 0 || end.status == 1));
   }
   takeMessages();
+}
+
+std::string makeFolder() {
+  std::string folder = "/tmp/peakbox-fuzz-XXXXXX";
+  require(mkdtemp(folder.data()) != nullptr);
+  return folder;
+}
+
+void runPlanes(std::vector<std::string> words) {
+  static const std::string folder = makeFolder() + "/planes";
+  words.insert(words.begin(), {"peakbox-planes", "-o", folder});
+  runCompanion(peakboxPlanes, words);
+  std::filesystem::remove_all(folder);
 }
 
 void runSeries(const InputFile& example, const std::string& bytes) {

@@ -49,6 +49,12 @@ using Main = int(int count, char** arguments);
 /// Runs a companion with `words`, its name first, until it ends in one way or another.
 void runCompanion(Main* companion, std::vector<std::string> words);
 
+/// A new folder for files that the program opens by their names.
+std::string makeFolder();
+
+/// Runs peakbox-planes with `words` behind the folder that it writes to, and removes that again.
+void runPlanes(std::vector<std::string> words);
+
 /// Runs the program on a series with `bytes` as its first and second file, then on one that begins with `example` and
 /// goes on with `bytes` from a pipe.
 void runSeries(const InputFile& example, const std::string& bytes);
