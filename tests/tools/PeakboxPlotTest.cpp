@@ -72,7 +72,6 @@ TEST(PeakboxPlot, GivesGnuplotWhatIsMeasured) {
   const std::string a = "10.5,5.5 to 9.5,4.5; 9.5,5.5 to 8.5,4.5; 10.5,5.5 to 9.5,4.5; ";
   const std::string c = "8.5,5.5 to 7.5,4.5; 8.5,5.5 to 7.5,4.5; ";
   const std::string bAndNoise = "5.5,8.5 to 4.5,7.5; 4.5,8.5 to 3.5,7.5; 12.5,2.5 to 11.5,1.5; 12.5,2.5 to 11.5,1.5; ";
-  const std::string levels = "-142.2,213.3,-213.3,319.95,-319.95,479.925,-479.925,719.8875,-719.8875,1; ";
   const std::string same = "C, in 1 of 5 spectra; poor fit; ";
   const std::string box = "set object rectangle from ";
   const std::string border = " clip fillstyle empty border @";
@@ -83,15 +82,18 @@ TEST(PeakboxPlot, GivesGnuplotWhatIsMeasured) {
       {"search areas of B", box + "6,9", border + "area", " to 4,7;  to 4,7; "},
       {"across", "set xrange [1", "]", "2.9:4.1; 6:4; 6:4; 6:4; 6:4; 6:4; 6:4; 1:-1; 1:-1; 8:6; 8:6; 4:2; 4:2; "},
       {"up", "set yrange [8", "]", ".85:1.15; :-4; :-4; "},
-      {"points", "12 15 14 13 12 11 10 9 8 7 6 5 4", "", "; ; ; ; ; ; "},
-      {"their values", "5 0 2 -2 -2 2 790 0 1580 -2 2 0 2", "", "; ; "},
-      {"contours", "levels = '3160,63.2,-63.2,94.8,-94.8,142.2,", "079.83125,-1079.83125'", levels + levels + levels},
+      // B, -790, has its first contour at -63.2, 8 % of it: 61.2 / 788 of the way from a neighbour of -2, 0.08 from one
+      // of 0. It is seen three times at this level, from A twice.
+      {"contour of B, left", "5.92234 ", "", "8 -1; 8 -1; 8 -1; "},
+      {"contour of B, right", "4.07766 ", "", "8 -1; 8 -1; 8 -1; "},
+      {"contour of B, below, where it begins and ends", "5 8.92234 ", "", "-1; -1; -1; -1; -1; -1; "},
+      {"contour of B, above, as in the third spectrum", "5 7.08 ", "", "-1; -1; -1; -1; -1; "},
       {"line to A", "set arrow from graph 0.38636", "middle",
        "3636364,0.5 to graph 0.440936363636,0.5 back nohead linecolor rgb ; "},
       {"spectra", "title = \"no. 3: 1", "\"", ".000000; .000000; "},
       {"names", "name = \"22   B", "\"", " 2''\\140\\042\\134@red; "},
       {"remarks", "remark = \"same point as ", "\"", same + same},
-      {"peaks in trouble", "troubledPeaks = ", "", "\"in trouble: A\u03b2\"; "},
+      {"peaks in trouble", "foot = \"in", "", " trouble: A\u03b2\"; "},
       {"rate", "result = 'R = 0.500 \u00b1 0.021,  \u03c7\u00b2/dof = ", "'", "5.81; 5.81; "},
       {"start of the fit", "0 1000", "", "; ; "},
   };
@@ -105,6 +107,32 @@ TEST(PeakboxPlot, GivesGnuplotWhatIsMeasured) {
   // A and B differ by 220 between two spectra at 0, C by 440: 2 (2 x 110^2 + 220^2) / 3 is the square of 220.
   const std::string ofRepeats = plot("PATH=.:$PATH peakbox-plot -r run.par r o.pdf && cat text", {0, 0, 1, 2, 4});
   EXPECT_EQ(findBetween(ofRepeats, "1 640 ", " 0 1"), "220; 220; ");
+}
+
+TEST(PeakboxPlot, DrawsWhatPeakboxRatesFound) {
+  const std::string draw = "peakbox-plot -n noise -f rates run.par r o.pdf && cat text";
+  if (plot("command -v peakbox-rates").find("peakbox-rates") == std::string::npos) GTEST_SKIP() << "no peakbox-rates";
+  // In spectrum 2, the reference, A has 1010 +- 20. The ratio of 160 +- 20 is 0.158416, its error the root of 400 and
+  // 400 times its square over 1010; its effective rate at a time of 0.5 is 3.68506, with twice the error over the
+  // ratio. B is A turned over, C has twice as much with the same noise. They come as A in trouble, C of all peaks, A, B
+  // and C.
+  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
+      {"-m ratio -z 2", "4 0.158416 ", "",
+       "0.0200489 0 0; 0.0100245 0 0; 0.0200489 0 0; 0.0200489 0 0; 0.0100245 0 0; "},
+      {"-m r2eff -z 2 -T 0.5", "4 3.68506 ", "",
+       "0.253118 0 0; 0.126559 0 0; 0.253118 0 0; 0.253118 0 0; 0.126559 0 0; "},
+      {"-m r2eff -z 2 -T 0.5", "foot = \"red: in", "", " trouble or with a remark; triangles: beyond the range\"; "},
+      {"-m recovery", "ordinate = 'R", "'", " (in the inverse of the unit of the parameters); "},
+  };
+  for (const auto& [options, start, end, expected] : rows) {
+    const std::string text = plot("PATH=.:$PATH; peakbox-rates " + options + " -n noise r >rates; " + draw);
+    EXPECT_EQ(findBetween(text, start, end), expected) << options;
+  }
+  for (const std::string options : {"-m ratio -z 2", "-m r2eff -z 2 -T 0.5", "-m recovery"}) {
+    const std::string text = plot("PATH=.:$PATH; sed -i s/10/11/ noise; peakbox-rates " + options +
+                                  " -n noise r >rates; sed -i s/11/10/ noise; " + draw);
+    EXPECT_NE(text.find(options == "-m recovery" ? "gives another Chi2" : "gives another ratio"), std::string::npos);
+  }
 }
 
 TEST(PeakboxPlot, DrawsAllPages) {
@@ -137,7 +165,8 @@ TEST(PeakboxPlot, LeavesNothingOfWhatFails) {
       {"rm r", "r: cannot be read", 1},
       {"head -n 3 noise >x; mv x noise", "noise: has the noise of 2 spectra, and r has 5 spectra", 1},
       {"sed -i s/1x1/1x3/ noise", "noise: line 2: the noise of another box; run peakbox-noise again", 1},
-      {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r", "run.par: not all first parameters are numbers, and -f needs them", 1},
+      {"sed -i \"s/ 0[.]5/ 5ms/\" run.par r",
+       "r: the parameter \"5ms00000\" of spectrum 1 is not a number, and -f needs one", 1},
       {"sed -i s/^4/5/ rates", "rates: line 4: not that of peak 4 of r", 1},
       {"sed -i s/1000/1001/ rates", "rates: line 2: r gives another Chi2 with these uncertainties", 1},
       {"ln s4 o.pdf", "o.pdf: is the input s4", 1},

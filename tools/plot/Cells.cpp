@@ -10,8 +10,39 @@
 
 namespace peakbox {
 
+namespace {
+
+/// What was found and its error, in as many digits as this makes sense.
+std::string describeResult(const MeasuredRun& run, std::size_t j) {
+  const auto& [fit, readings, remark] = run.results.peaks[j];
+  if (!fit && readings.size() != 1) return "";
+  const double value = fit ? fit->rate : readings[0].value;
+  const double error = fit ? fit->error : readings[0].error;
+  if (!(error > 0)) return "";
+  const int digits = std::clamp(1 - static_cast<int>(std::floor(std::log10(error))), 0, 9);
+  const std::string text =
+      compose(run.results.quantity, std::fixed, std::setprecision(digits), " = ", value, " ± ", error);
+  if (!fit || run.uncertainties.empty() || !(fit->freedom > 0)) return text;
+  return text + compose(std::setprecision(3), ",  χ²/dof = ", fit->chi2 / fit->freedom);
+}
+
+/// What is drawn of a peak, by its name: readings that are known, else its intensities.
+std::pair<std::string, std::vector<Reading>> findReadings(const MeasuredRun& run, std::size_t j) {
+  std::vector<Reading> readings;
+  for (const Reading& reading : run.results.peaks[j].readings) {
+    if (std::isfinite(reading.value)) readings.push_back(reading);
+  }
+  if (!readings.empty()) return {run.results.quantity, readings};
+  for (std::size_t k = 0; k < run.abscissas.size(); ++k) {
+    const double error = run.uncertainties.empty() ? 0 : run.uncertainties[k];
+    readings.push_back({k, run.report->getSpectra()[k].rows[j].value, error});
+  }
+  return {"intensity", readings};
+}
+
+}  // namespace
+
 std::string writeCell(const MeasuredRun& run, std::size_t j) {
-  const std::optional<PeakRate>& rate = run.rates[j];
   const Report::Peak& peak = run.report->getPeaks()[j];
   std::string note;
   for (const auto d : kDims) {
@@ -21,18 +52,11 @@ std::string writeCell(const MeasuredRun& run, std::size_t j) {
     note = compose("folded, listed at ", realToText(run.axes.pointToPpm(position, d)), " ppm");
   }
   const std::string& trouble = run.troubles[j].text;
-  const std::string remark = rate ? rate->remark : "";
-  std::string result;
-  if (rate && rate->error > 0) {
-    const int digits = std::clamp(1 - static_cast<int>(std::floor(std::log10(rate->error))), 0, 9);
-    result = compose(std::fixed, std::setprecision(digits), "R = ", rate->rate, " ± ", rate->error);
-    if (!run.uncertainties.empty() && rate->freedom > 0)
-      result += compose(std::setprecision(3), ",  χ²/dof = ", rate->chi2 / rate->freedom);
-  }
+  const std::string& remark = run.results.peaks[j].remark;
   return compose("name = ", quote(compose(peak.number, "   ", peak.label), 30),
-                 "\nremark = ", quote(trouble + (trouble.empty() || remark.empty() ? "" : "; ") + remark, 70),
+                 "\nremark = ", quote(trouble + (trouble.empty() || remark.empty() ? "" : "; ") + remark, 60),
                  "\nisTroubled = ", !trouble.empty(), "\nisPoor = ", !remark.empty(), "\nnote = '", note,
-                 "'\nresult = '", result, "'\n", kCell);
+                 "'\nresult = '", describeResult(run, j), "'\n", kCell);
 }
 
 std::string writePanel(const MeasuredRun& run, std::size_t j, std::size_t k) {
@@ -57,8 +81,9 @@ std::string writePanel(const MeasuredRun& run, std::size_t j, std::size_t k) {
   for (std::size_t other = 0; other < run.troubles.size(); ++other) {
     const Window its = run.getBox(other, k);
     const auto isNear = [&](std::uint8_t d) { return its.high[d] > window.low[d] && its.low[d] < window.high[d]; };
-    if (isNear(0) && isNear(1)) boxes += writeOutline(run, its, other == j ? "own" : "others");
+    if (other != j && isNear(0) && isNear(1)) boxes += writeOutline(run, its, "others");
   }
+  boxes += writeOutline(run, box, "own");  // above those at the same point
   const double base = std::max(3 * run.series->getNoise(k), 0.08 * run.getHeight(j, k));
   const std::string name = k == 0 ? "first" : k + 1 == run.abscissas.size() ? "last" : compose("no. ", k + 1);
   const std::string& parameter = run.settings.getParameter(static_cast<int>(k), 0);
@@ -72,17 +97,20 @@ std::string writePanel(const MeasuredRun& run, std::size_t j, std::size_t k) {
 }
 
 std::string writeCurve(const MeasuredRun& run, std::size_t j) {
-  const std::optional<PeakRate>& rate = run.rates[j];
-  const auto [first, last] = std::minmax_element(run.abscissas.begin(), run.abscissas.end());
-  const bool isFitted = rate && std::isfinite(rate->getHeight(*first) + rate->getHeight(*last));
+  const std::optional<PeakFit>& fit = run.results.peaks[j].fit;
+  const auto [ordinate, readings] = findReadings(run, j);
+  std::vector<double> abscissas;
+  for (const Reading& reading : readings) abscissas.push_back(run.abscissas[reading.spectrum]);
+  if (!run.hasNumbers) abscissas = {1, static_cast<double>(run.abscissas.size())};
+  const auto [first, last] = std::minmax_element(abscissas.begin(), abscissas.end());
+  const bool isFitted = fit && std::isfinite(fit->getHeight(*first) + fit->getHeight(*last));
   double lowest = 0;
   double highest = 0;
   double farthest = 0;
   std::string values;
-  for (std::size_t k = 0; k < run.abscissas.size(); ++k) {
-    const double value = run.report->getSpectra()[k].rows[j].value;
-    const double bar = run.uncertainties.empty() ? 0 : run.uncertainties[k];
-    const double residual = isFitted ? value - rate->getHeight(run.abscissas[k]) : 0;
+  for (const auto& [k, value, error] : readings) {
+    const double bar = error > 0 ? error : 0;
+    const double residual = isFitted ? value - fit->getHeight(run.abscissas[k]) : 0;
     lowest = std::min(lowest, value - bar);
     highest = std::max(highest, value + bar);
     farthest = std::max(farthest, bar > 0 ? std::fabs(residual) / bar + 1 : std::fabs(residual));
@@ -92,14 +120,15 @@ std::string writeCurve(const MeasuredRun& run, std::size_t j) {
   std::string line;
   for (int n = 0; isFitted && n <= 60; ++n) {  // closely where the curve is steep
     const double way = std::pow(n / 60.0, 4) * (*last - *first);
-    const double t = rate->rate > 0 ? *first + way : *last - way;
-    line += compose(t, " ", rate->getHeight(t), "\n");
+    const double t = fit->rate > 0 ? *first + way : *last - way;
+    line += compose(t, " ", fit->getHeight(t), "\n");
   }
   if (lowest == highest) highest = 1;
   if (farthest == 0) farthest = 1;
-  const double margin = *first < *last ? 0.05 * (*last - *first) : std::max(0.5, 0.05 * std::fabs(*first));
+  const double margin =
+      run.hasNumbers && *first < *last ? 0.05 * (*last - *first) : std::max(0.5, 0.05 * std::fabs(*first));
   return compose("lowest = ", lowest, "\nhighest = ", highest, "\nfarthest = ", farthest, "\nisFitted = ", isFitted,
-                 "\nhasNoise = ", !run.uncertainties.empty(), "\nabscissa = '",
+                 "\nhasNoise = ", !run.uncertainties.empty(), "\nordinate = '", ordinate, "'\nabscissa = '",
                  run.hasNumbers ? "parameter" : "spectrum", "'\n$values << EOD\n", values, "EOD\n$line << EOD\n", line,
                  "EOD\n", writeAxis('x', *first - margin, *last + margin, 0), kCurve);
 }

@@ -6,7 +6,7 @@ namespace peakbox {
 
 inline constexpr const char* kStart = R"gnuplot(
 set terminal pdfcairo size 29.7cm,21cm font 'DejaVu Sans,7' fontscale 0.75 linewidth 0.7
-set encoding utf8; set minussign; unset key; unset surface; set contour base
+set encoding utf8; set minussign; unset key
 blue = '#1c4f9c'; red = '#d00000'; middle = '#606060'; dark = '#202020'
 bold = 'DejaVu Sans Bold,7'; small = ',6.5'
 step(span) = (p = 10.0 ** floor(log10(span)), span / p > 5 ? 5 * p : span / p > 2 ? 2 * p : p)
@@ -32,19 +32,9 @@ set tics nomirror out scale 0.5 textcolor rgb dark
 inline constexpr const char* kPage = R"gnuplot(
 unset multiplot; set multiplot; page = page + 1
 set label runName at screen 0.02,0.03 noenhanced font small
-set label page > 1 ? names.' (ppm); black: box and its point, grey: other boxes and edges of the spectrum, dashed: \
-search area, red cross: place in the list; residuals in uncertainties if there are any' : troubledPeaks \
-    at screen 0.5,0.03 center noenhanced font (page > 1 ? small : bold) textcolor rgb (page > 1 ? dark : red)
+set label foot at screen 0.5,0.03 center noenhanced font (page > 1 ? small : bold) \
+    textcolor rgb (page > 1 ? dark : red)
 set label sprintf('page %d of %d', page, pages) at screen 0.98,0.03 right font small
-)gnuplot";
-
-// In strips, since the time that contours take grows with the square of their length.
-inline constexpr const char* kContours = R"gnuplot(
-set xrange [*:*]; set yrange [*:*]
-eval 'set cntrparam levels discrete '.levels
-set table $contours
-splot for [s = 0:(|$grid| - 3) / 7] $grid nonuniform matrix every :::7 * s::7 * s + 7 using 1:2:3
-unset table
 )gnuplot";
 
 inline constexpr const char* kMap = R"gnuplot(
@@ -56,6 +46,20 @@ set label sprintf('contours from %.3g, each 1.6 times the one before; blue: posi
     at graph 1,1.02 right
 plot @contours
 unset label; unset arrow; unset object; unset xlabel; unset ylabel
+)gnuplot";
+
+// What was found of all peaks. What is beyond the range is a triangle at its edge.
+inline constexpr const char* kSummary = R"gnuplot(
+set margins screen 0.055, screen 0.985, screen 0.105, screen 0.95
+set tics font ',8'; set xtics autofreq; set ytics autofreq
+set xlabel 'number of the peak' font ',9'; set ylabel ordinate noenhanced font ',9' offset 0.5,0
+set label title at graph 0,1.02 noenhanced font ',9'
+plot $peaks using 1:($5 == 0 ? $2 - $3 : NaN):(0):(2 * $3):(colour($4)) with vectors heads size graph 0.002,90 \
+        linewidth 0.7 linecolor rgb variable, \
+    $peaks using 1:($5 == 0 ? $2 : NaN):(colour($4)) with points pointtype 7 pointsize 0.5 linecolor rgb variable, \
+    $peaks using 1:($5 > 0 ? $2 : NaN) with points pointtype 9 pointsize 0.5 linecolor rgb red, \
+    $peaks using 1:($5 < 0 ? $2 : NaN) with points pointtype 11 pointsize 0.5 linecolor rgb red
+unset label; unset xlabel; unset ylabel
 )gnuplot";
 
 // The frame and the texts of a cell, which are drawn with its first panel.
@@ -88,15 +92,16 @@ scale = 10.0 ** exponent
 set margins screen left + 0.23, screen right - 0.008, screen bottom + (isFitted ? 0.088 : 0.035), screen top - 0.062
 set yrange [1.06 * lowest / scale:1.06 * highest / scale]; set ytics step(tallest / scale)
 set format x isFitted ? '' : '%g'; set xlabel isFitted ? '' : abscissa font small offset 0,1.2
-set label 'intensity'.(exponent ? sprintf(' / 10^{%d}', exponent) : '') at graph 0,1 offset 0,0.55 font small
-plot $line using 1:($2 / scale) with lines linewidth 1 linecolor rgb blue, \
+set label ordinate.(exponent ? sprintf(' / 10^{%d}', exponent) : '') at graph 0,1 offset 0,0.55 font small
+plot $line using 1:($2 / scale) with lines linewidth 1 linecolor rgb (isPoor ? red : blue), \
     $values using 1:(($2 - $3) / scale):(0):($3 > 0 ? 2 * $3 / scale : NaN) @bars, \
     $values using 1:($2 / scale):(colour($5)) @dots
 unset label; set xlabel abscissa font small offset 0,1.2; set format x '%g'
 if (isFitted) {
     set margins screen left + 0.23, screen right - 0.008, screen bottom + 0.035, screen bottom + 0.078
     if (!hasNoise) { farthest = farthest / scale }
-    set yrange [-1.2 * farthest:1.2 * farthest]; set ytics step(farthest); set xzeroaxis linetype 1 linecolor rgb blue linewidth 0.7
+    most = step(farthest); set yrange [-1.2 * farthest:1.2 * farthest]; set ytics -most,most,most
+    set xzeroaxis linetype 1 linecolor rgb (isPoor ? red : blue) linewidth 0.7
     plot $values using 1:($4 / $3 - 1):(0):($3 > 0 ? 2 : NaN) @bars, \
         $values using 1:($4 / (hasNoise ? $3 : scale)):(colour($5)) @dots
     unset xzeroaxis

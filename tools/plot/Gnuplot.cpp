@@ -71,7 +71,7 @@ std::string writeAxis(char axis, double from, double to, double inset) {
     count = std::floor(high / step) - std::ceil(low / step) + 1;
   }
   return compose("set ", axis, "range [", from, ":", to, "]\nset ", axis, "tics ", step * std::ceil(low / step), ",",
-                 step * (1 + std::floor(count / 4)), ",", high, "\n");
+                 step * std::ceil(count / 2), ",", high, "\n");
 }
 
 void drawPages(const std::string& script, const std::string& output) {

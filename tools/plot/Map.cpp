@@ -62,9 +62,11 @@ std::string writeMap(const MeasuredRun& run) {
   if (run.troubles.empty()) refuse(run.report->getName(), "has no peaks");
   Window window = run.getBox(0, 0);
   double tallest = 0;
-  std::string objects;
+  std::string calm;
+  std::string troubled;
   for (std::size_t j = 0; j < run.troubles.size(); ++j) {
-    objects += writeOutline(run, run.getBox(j, 0), run.troubles[j].text.empty() ? "calm" : "troubled");
+    const bool isCalm = run.troubles[j].text.empty();
+    (isCalm ? calm : troubled) += writeOutline(run, run.getBox(j, 0), isCalm ? "calm" : "troubled");
     hold(window, run.getBox(j, 0));
     tallest = std::max(tallest, run.getHeight(j, 0));
   }
@@ -76,7 +78,7 @@ std::string writeMap(const MeasuredRun& run) {
   const double base = std::max(7 * run.series->getNoise(0), 1e-3 * tallest);
   return compose(describeAxis(run, 0), describeAxis(run, 1), "base = ", base,
                  "\nname = ", quote(run.settings.getSpectrumFile(0), 80), "\n",
-                 writeWindow(run, window, base, 1.6, 400), objects, writeLabels(run, window), kMap);
+                 writeWindow(run, window, base, 1.6, 400), calm, troubled, writeLabels(run, window), kMap);
 }
 
 }  // namespace peakbox

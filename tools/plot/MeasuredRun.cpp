@@ -80,7 +80,7 @@ MeasuredRun::MeasuredRun(const std::string& parameterFile, const std::string& re
   }
   report.emplace(std::move(text), reportFile);
   troubles = describeTroubles(*this);
-  rates.resize(troubles.size());
+  results.peaks.resize(troubles.size());
 }
 
 Window MeasuredRun::getBox(std::size_t j, std::size_t k) const {

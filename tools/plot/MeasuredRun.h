@@ -42,8 +42,8 @@ struct MeasuredRun {
   std::vector<Trouble> troubles;  // of each peak
   std::vector<double> abscissas;  // the first parameters of the spectra; unless all are numbers, those of the spectra
   bool hasNumbers = true;
-  std::vector<double> uncertainties;           // of the intensities in each spectrum, or none
-  std::vector<std::optional<PeakRate>> rates;  // of each peak where they are known
+  std::vector<double> uncertainties;  // of the intensities in each spectrum, or none
+  Results results;                    // of all peaks, which say nothing where there are none
 };
 
 }  // namespace peakbox

@@ -7,6 +7,9 @@ namespace peakbox {
 /// The first spectrum, which is loaded, with the boxes and their labels, of many peaks the numbers.
 std::string writeMap(const MeasuredRun& run);
 
+/// What was found of all peaks over their numbers; nothing where nothing was found.
+std::string writeSummary(const MeasuredRun& run);
+
 /// The frame and the texts of the cell of peak j; its surroundings in spectrum k, which is loaded, with its search area
 /// and all of its boxes that are drawn; and its intensities, and below a fit what this leaves over.
 std::string writeCell(const MeasuredRun& run, std::size_t j);

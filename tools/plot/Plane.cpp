@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "plot/Drawing.h"
+#include "plot/Contours.h"
 #include "plot/Gnuplot.h"
 
 namespace peakbox {
@@ -33,42 +33,35 @@ std::string writeWindow(const MeasuredRun& run, const Window& window, double bas
   std::array<int, 2> first{};
   std::array<int, 2> last{};
   std::array<int, 2> step{};
+  Grid grid;
+  std::string axes;
   for (const auto d : kDims) {
     first[d] = static_cast<int>(std::max(0.0, std::floor(window.low[d])));
     last[d] = static_cast<int>(std::min(run.axes.sizes[d] - 1.0, std::ceil(window.high[d])));
     step[d] = (last[d] - first[d]) / mostPoints + 1;
-  }
-  const auto toPpm = [&](int point, std::uint8_t d) { return run.axes.pointToPpm(point + 0.5 * (step[d] - 1), d); };
-  std::string grid = std::to_string((last[0] - first[0]) / step[0] + 1);
-  for (int a = first[0]; a <= last[0]; a += step[0]) grid += compose(" ", toPpm(a, 0));
-  double lowest = 0;
-  double highest = 0;
-  for (int b = first[1]; b <= last[1]; b += step[1]) {
-    std::ostringstream row;
-    row.precision(4);
-    for (int a = first[0]; a <= last[0]; a += step[0]) {
-      const std::array<int, 2> end{std::min(a + step[0] - 1, last[0]), std::min(b + step[1] - 1, last[1])};
-      const double extreme = findExtreme(run.spectrum.getData(), {a, b}, end);
-      row << ' ' << extreme;
-      lowest = std::min(lowest, extreme);
-      highest = std::max(highest, extreme);
+    for (int point = first[d]; point <= last[d]; point += step[d]) {
+      grid.places[d].push_back(run.axes.pointToPpm(point + 0.5 * (step[d] - 1), d));
     }
-    grid += compose("\n", toPpm(b, 1), row.str());
-  }
-  const double tallest = std::max(highest, -lowest);
-  const bool hasNegative = -lowest >= base;
-  std::string levels = compose(tallest > 0 ? 2 * tallest : 1);  // there must be one
-  for (double level = base; level > 0 && level <= tallest && level < 1e300; level *= factor) {
-    levels += compose(",", level, hasNegative ? compose(",", -level) : "");
-  }
-  std::string axes;
-  for (const auto d : kDims) {
     const auto [low, high] =
         std::minmax({run.axes.pointToPpm(window.low[d], d), run.axes.pointToPpm(window.high[d], d)});
     axes += writeAxis("xy"[d], high, low, 0.1);
   }
-  return compose("$grid << EOD\n", grid, "\nEOD\nlevels = '", levels,
-                 "'\ncontours = ", hasNegative ? "bothSigns\n" : "oneSign\n", kContours, axes);
+  for (int b = first[1]; b <= last[1]; b += step[1]) {
+    for (int a = first[0]; a <= last[0]; a += step[0]) {
+      const std::array<int, 2> end{std::min(a + step[0] - 1, last[0]), std::min(b + step[1] - 1, last[1])};
+      grid.values.push_back(findExtreme(run.spectrum.getData(), {a, b}, end));
+    }
+  }
+  const auto [lowest, highest] = std::minmax_element(grid.values.begin(), grid.values.end());
+  const double tallest = std::max(*highest, -*lowest);
+  const bool hasNegative = -*lowest >= base;
+  // A point that is not seen: there must be one.
+  std::string contours = compose(grid.places[0][0], " ", grid.places[1][0], " 0\n\n");
+  for (double level = base; level > 0 && level <= tallest && level < 1e300; level *= factor) {
+    contours += traceContours(grid, level);
+    if (hasNegative) contours += traceContours(grid, -level);
+  }
+  return compose("$contours << EOD\n", contours, "EOD\ncontours = ", hasNegative ? "bothSigns\n" : "oneSign\n", axes);
 }
 
 std::string writeMiddle(const MeasuredRun& run, const Window& window) {

@@ -27,41 +27,66 @@ void refuseInput(const std::string& output, const MeasuredRun& run, std::vector<
   }
 }
 
-/// The pages: the map, the cells of peaks in trouble, and all cells. Loads the spectra of which points are drawn.
-std::string writePages(MeasuredRun& run, const std::string& name) {
+/// The map, and the cells of all peaks. Loads the spectra of which points are drawn.
+std::vector<std::string> drawSpectra(MeasuredRun& run) {
+  std::string map;
   std::vector<std::string> cells;
+  for (std::size_t j = 0; j < run.troubles.size(); ++j) cells.push_back(writeCell(run, j));
+  for (std::size_t k = 0; k < run.abscissas.size(); ++k) {
+    std::vector<std::size_t> drawn;
+    for (std::size_t j = 0; j < cells.size(); ++j) {
+      if (run.findDrawn(j).contains(k)) drawn.push_back(j);
+    }
+    if (k > 0 && drawn.empty()) continue;
+    run.spectrum.loadData(run.settings.getSpectrumFile(static_cast<int>(k)), false);
+    if (k == 0) map = writeMap(run);
+    for (const std::size_t j : drawn) cells[j] += writePanel(run, j, k);
+  }
+  for (std::size_t j = 0; j < cells.size(); ++j) cells[j] += writeCurve(run, j);
+  cells.insert(cells.begin(), map);
+  return cells;
+}
+
+/// The map, the cells of peaks in trouble, what was found of all peaks, and all cells.
+std::string writePages(MeasuredRun& run, const std::string& name) {
+  const std::vector<std::string> drawn = drawSpectra(run);
   std::vector<std::size_t> troubled;
   std::vector<std::size_t> all;
   std::string labels;
   for (std::size_t j = 0; j < run.troubles.size(); ++j) {
-    cells.push_back(writeCell(run, j));
     all.push_back(j);
     if (run.troubles[j].text.empty()) continue;
     labels += compose(troubled.empty() ? "in trouble: " : ", ", run.report->getPeaks()[j].label);
     troubled.push_back(j);
   }
-  std::string map;
-  for (std::size_t k = 0; k < run.abscissas.size(); ++k) {
-    const auto isDrawn = [&](std::size_t j) { return run.findDrawn(j).contains(k); };
-    if (k > 0 && std::none_of(all.begin(), all.end(), isDrawn)) continue;
-    run.spectrum.loadData(run.settings.getSpectrumFile(static_cast<int>(k)), false);
-    if (k == 0) map = writeMap(run);
-    for (const std::size_t j : all) {
-      if (isDrawn(j)) cells[j] += writePanel(run, j, k);
-    }
-  }
-  for (const std::size_t j : all) cells[j] += writeCurve(run, j);
-  constexpr std::size_t kCells = 12;  // of a page
-  const std::size_t pageCount = 1 + (troubled.size() + kCells - 1) / kCells + (all.size() + kCells - 1) / kCells;
   const auto [name1, name2] = nameDimensions(run.spectrum);
-  std::string script =
-      compose(kStart, "runName = ", quote(name, 60), "\nnames = 'across ", name1, ", up ", name2,
-              "'\npages = ", pageCount, "\npage = 0\ntroubledPeaks = ", quote(labels, 130), "\n", kPage, map);
-  for (const auto& peaks : {troubled, all}) {
+  const std::string legend =
+      compose("across ", name1, ", up ", name2,
+              " (ppm); black: box and its point, grey: other boxes and edges of the spectrum, dashed: search area, ",
+              "red cross: place in the list", run.results.quantity != "R" ? "" : "; the error of R is R_scaled",
+              run.results.quantity != "R" || run.uncertainties.empty() ? "" : "; residuals in uncertainties");
+  std::vector<std::string> pages;
+  const auto begin = [&](const std::string& foot) {
+    return pages.push_back(compose("foot = ", quote(foot, pages.empty() ? 130 : 250), "\n", kPage));
+  };
+  const auto addCells = [&](const std::vector<std::size_t>& peaks) {
+    constexpr std::size_t kCells = 12;  // of a page
     for (std::size_t n = 0; n < peaks.size(); ++n) {
-      script += compose(n % kCells == 0 ? kPage : "", "slot = ", n % kCells, "\n", cells[peaks[n]]);
+      if (n % kCells == 0) begin(legend);
+      pages.back() += compose("slot = ", n % kCells, "\n", drawn[peaks[n] + 1]);
     }
+  };
+  begin(labels);
+  pages.back() += drawn[0];
+  addCells(troubled);
+  const std::string summary = writeSummary(run);
+  if (!summary.empty()) {
+    begin("red: in trouble or with a remark; triangles: beyond the range");
+    pages.back() += summary;
   }
+  addCells(all);
+  std::string script = compose(kStart, "runName = ", quote(name, 60), "\npages = ", pages.size(), "\npage = 0\n");
+  for (const std::string& page : pages) script += page;
   return script + "unset multiplot\n";
 }
 
@@ -77,10 +102,7 @@ int drawRun(const Arguments& arguments) {
       run.uncertainties = readUncertainties(arguments.get('n'), *run.report, {size(0), size(1)});
     }
     if (arguments.has('r')) run.uncertainties = poolRepeats(*run.report);
-    if (arguments.has('f')) {
-      if (!run.hasNumbers) refuse(files[0], "not all first parameters are numbers, and -f needs them");
-      run.rates = readRates(arguments.get('f'), *run.report, run.abscissas, run.uncertainties);
-    }
+    if (arguments.has('f')) run.results = readRates(arguments.get('f'), *run.report, run.uncertainties);
     drawPages(writePages(run, files[1]), files[2]);
   } catch (const RunEnd& end) {
     fail(end.message, std::max(1, end.status));  // a run that ends with status 0 leaves nothing to draw
