@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <numeric>
+#include <set>
 
 #include "base/RobustSpread.h"
 #include "base/TextNumbers.h"
@@ -31,25 +31,40 @@ std::vector<std::size_t> orderByParameter(std::vector<std::size_t> planes, const
   return planes;
 }
 
-/// Heights as shares of the highest, with the sign that they have against the plane with the highest: a row a plane.
-using Shares = std::vector<std::vector<double>>;
+/// Values of a row for each plane, in a column for each peak.
+using Rows = std::vector<std::vector<double>>;
 
-Shares findShares(const SampledSeries& all, const std::vector<StrongPeak>& peaks) {
-  Shares shares(all.planes.size());
-  std::size_t reference = 0;
-  double highest = -1;
-  for (std::size_t n = 0; n < shares.size(); ++n) {
-    std::vector<double> sizes;
-    for (const StrongPeak& peak : peaks) sizes.push_back(std::fabs(all.heightOf(n, peak.j)) / peak.height);
-    const double middle = takeMedian(sizes);
-    if (middle > highest) reference = n;
-    highest = std::max(highest, middle);
+/// What planes show of peaks as shares of the greatest magnitude that the peak has in them.
+Rows findShares(const SampledSeries& all, const std::vector<StrongPeak>& peaks, const std::vector<std::size_t>& planes,
+                double Sighting::*value) {
+  Rows rows(planes.size());
+  for (const StrongPeak& peak : peaks) {
+    double greatest = 0;
+    const auto at = [&](std::size_t n) { return all.series.getSighting(n, peak.j).*value; };
+    for (const std::size_t n : planes) greatest = std::max(greatest, std::fabs(at(n)));
+    for (std::size_t i = 0; i < planes.size(); ++i) rows[i].push_back(greatest > 0 ? at(planes[i]) / greatest : 0);
   }
-  for (std::size_t n = 0; n < shares.size(); ++n) {
-    for (const StrongPeak& peak : peaks)
-      shares[n].push_back(std::copysign(1.0, all.heightOf(reference, peak.j)) * all.heightOf(n, peak.j) / peak.height);
+  return rows;
+}
+
+/// The median magnitude of each row.
+std::vector<double> findSizes(const Rows& rows) {
+  std::vector<double> sizes;
+  for (std::vector<double> row : rows) {
+    for (double& value : row) value = std::fabs(value);
+    sizes.push_back(takeMedian(row));
   }
-  return shares;
+  return sizes;
+}
+
+/// Gives every peak the sign that it has against the row in which most are strongest.
+void compareSigns(Rows& rows) {
+  const std::vector<double> sizes = findSizes(rows);
+  const std::vector<double> reference =
+      rows[static_cast<std::size_t>(std::max_element(sizes.begin(), sizes.end()) - sizes.begin())];
+  for (std::vector<double>& row : rows) {
+    for (std::size_t k = 0; k < row.size(); ++k) row[k] = std::copysign(1.0, reference[k]) * row[k];
+  }
 }
 
 bool isBetween(double value, double a, double b) {
@@ -90,7 +105,7 @@ struct Steps {
   bool goBothWays() const { return up > 0 && down > 0; }
 };
 
-Steps countSteps(const Shares& rows) {
+Steps countSteps(const Rows& rows) {
   Steps steps;
   for (std::size_t i = 1; i < rows.size(); ++i) {
     std::vector<double> differences;
@@ -113,23 +128,11 @@ double findNumberInName(const std::string& path) {
   return textToReal(stem.substr(before == std::string::npos ? 0 : before + 1, last).c_str());
 }
 
-/// Box sums as shares of the greatest of the peak, a row a plane.
-Shares findSums(const SampledSeries& all, const std::vector<StrongPeak>& peaks) {
-  Shares rows(all.planes.size());
-  for (const StrongPeak& peak : peaks) {
-    double greatest = 0;
-    for (std::size_t n = 0; n < rows.size(); ++n)
-      greatest = std::max(greatest, std::fabs(all.series.getSighting(n, peak.j).sum));
-    for (std::size_t n = 0; n < rows.size(); ++n) rows[n].push_back(all.series.getSighting(n, peak.j).sum / greatest);
-  }
-  return rows;
-}
-
 /// The mean row of each parameter, by its size.
-Shares averageRepeats(const Shares& rows, const std::vector<double>& parameters) {
+Rows averageRepeats(const Rows& rows, const std::vector<double>& parameters) {
   std::map<double, std::vector<std::size_t>> planes;
   for (std::size_t n = 0; n < rows.size(); ++n) planes[parameters[n]].push_back(n);
-  Shares means;
+  Rows means;
   for (const auto& [parameter, repeats] : planes) {
     std::vector<double> mean(rows[0].size());
     for (const std::size_t n : repeats) {
@@ -140,16 +143,35 @@ Shares averageRepeats(const Shares& rows, const std::vector<double>& parameters)
   return means;
 }
 
-/// Whether intensities go steadily through planes in this order, although the parameters do not.
-bool goesSteadily(const SampledSeries& all, const Shares& rows, const std::vector<std::size_t>& order) {
+/// Whether intensities rise, or fall, through planes in this order.
+bool goSteadily(const Rows& rows, const std::vector<std::size_t>& order) {
   constexpr int kFewestSteps = 3;
-  Shares ordered;
+  Rows ordered;
   for (const std::size_t n : order) ordered.push_back(rows[n]);
   const Steps steps = countSteps(ordered);
-  std::vector<double> first = ordered.front();
-  std::vector<double> last = ordered.back();
-  const double change = std::fabs(takeMedian(first) - takeMedian(last));
-  return !steps.goBothWays() && steps.up + steps.down >= kFewestSteps && change > 0.3 && !all.planes.empty();
+  const double change = std::fabs(takeMedian(ordered.front()) - takeMedian(ordered.back()));
+  return !steps.goBothWays() && steps.up + steps.down >= kFewestSteps && change > 0.3;
+}
+
+/// The first plane of each parameter.
+std::vector<std::size_t> findFirsts(const std::vector<double>& parameters) {
+  std::vector<std::size_t> firsts;
+  std::set<double> seen;
+  for (std::size_t n = 0; n < parameters.size(); ++n) {
+    if (seen.insert(parameters[n]).second) firsts.push_back(n);
+  }
+  return firsts;
+}
+
+/// Tells where parameters turn back in an order in which intensities do not.
+void tellOrder(const SampledSeries& all, const std::vector<std::size_t>& order, const std::vector<double>& parameters,
+               const std::string& what) {
+  std::size_t k = 1;
+  const bool rises = parameters[order.back()] > parameters[order.front()];
+  while (k + 1 < order.size() && (parameters[order[k]] > parameters[order[k - 1]]) == rises) ++k;
+  all.tellParameter(order[k], "intensities go steadily with the order of the " + what +
+                                  ", but not with the parameters (" + all.getParameter(order[k], 0) + " follows " +
+                                  all.getParameter(order[k - 1], 0) + "): parameters exchanged or in another order");
 }
 
 }  // namespace
@@ -158,12 +180,10 @@ void checkSigns(SampledSeries& all) {
   const std::vector<StrongPeak> peaks = all.findPeaks(15);
   const std::vector<std::size_t> order = orderByParameter(all.findFree(), all.readParameters());
   if (order.size() < 4 || peaks.size() < kFewestOrderedPeaks) return;
-  const Shares shares = findShares(all, peaks);
+  Rows shares = findShares(all, peaks, order, &Sighting::height);
+  compareSigns(shares);
   std::vector<double> middles;
-  for (const std::size_t n : order) {
-    std::vector<double> row = shares[n];
-    middles.push_back(takeMedian(row));
-  }
+  for (std::vector<double> row : shares) middles.push_back(takeMedian(row));
   const auto positive = std::count_if(middles.begin(), middles.end(), [](double value) { return value > 0; });
   if (positive != 1 && positive + 1 != std::ssize(middles)) return;
   const auto isOdd = [&](double value) { return (value > 0) == (positive == 1); };
@@ -171,14 +191,15 @@ void checkSigns(SampledSeries& all) {
   const std::size_t odd = order[i];
   const auto isRepeat = [&](std::size_t n) { return n != odd && all.areRepeats(n, odd); };
   const auto repeat = std::find_if(order.begin(), order.end(), isRepeat);
+  const auto r = static_cast<std::size_t>(repeat - order.begin());
   std::size_t sure = 0;
   std::size_t agreeing = 0;
   for (std::size_t k = 0; k < peaks.size(); ++k) {
     if (std::fabs(all.heightOf(odd, peaks[k].j)) <= 4) continue;
     ++sure;
-    agreeing += repeat == order.end() ? isOdd(shares[odd][k]) : shares[odd][k] * shares[*repeat][k] < 0;
+    agreeing += repeat == order.end() ? isOdd(shares[i][k]) : shares[i][k] * shares[r][k] < 0;
   }
-  const double asRepeat = repeat == order.end() ? 0 : middles[static_cast<std::size_t>(repeat - order.begin())];
+  const double asRepeat = repeat == order.end() ? 0 : middles[r];
   const bool doesFit = asRepeat == 0 ? goesOn(i, middles) : std::fabs(middles[i] / asRepeat + 1) < 0.2;
   if (sure < 5 || 10 * agreeing <= 9 * sure || !doesFit) return;
   all.tellPlanes({odd},
@@ -206,48 +227,38 @@ void checkRepeats(SampledSeries& all) {
   for (const std::size_t n : odd) all.taken[n] = true;
 }
 
-void checkOrder(const SampledSeries& all) {
+bool checkOrder(const SampledSeries& all) {
+  constexpr std::size_t kFewestParameters = 5;
   const std::vector<StrongPeak> peaks = all.findPeaks(10);
-  if (all.findFree().size() < all.planes.size() || peaks.size() < kFewestOrderedPeaks) return;
   const std::vector<double> parameters = all.readParameters();
-  std::vector<std::size_t> byLine;  // the first of repeats
-  for (std::size_t n = 0; n < parameters.size(); ++n) {
-    const auto end = parameters.begin() + static_cast<std::ptrdiff_t>(n);
-    if (std::find(parameters.begin(), end, parameters[n]) == end) byLine.push_back(n);
-  }
-  if (byLine.size() >= 5) {
-    const Shares rows = findSums(all, peaks);
-    std::vector<std::size_t> byName = byLine;
-    std::stable_sort(byName.begin(), byName.end(), [&](std::size_t a, std::size_t b) {
-      return findNumberInName(all.nameOf(a)) < findNumberInName(all.nameOf(b));
-    });
-    for (const bool isByLine : {true, false}) {
-      const std::vector<std::size_t>& order = isByLine ? byLine : byName;
-      if (!goesSteadily(all, rows, order) || !countSteps(averageRepeats(rows, parameters)).goBothWays()) continue;
-      std::size_t k = 1;
-      const bool rises = parameters[order.back()] > parameters[order.front()];
-      while (k + 1 < order.size() && (parameters[order[k]] > parameters[order[k - 1]]) == rises) ++k;
-      all.tellParameter(order[k], std::string("intensities go steadily with the order of the ") +
-                                      (isByLine ? "SPECTRUM lines" : "numbers in the names of the files") +
-                                      ", but not with the parameters (" + all.getParameter(order[k], 0) + " follows " +
-                                      all.getParameter(order[k - 1], 0) +
-                                      "): parameters exchanged or in another order");
-      return;
-    }
-  }
-  std::vector<double> heights;
-  for (const std::vector<double>& row : findShares(all, peaks)) {
-    std::vector<double> sizes;
-    for (const double value : row) sizes.push_back(std::fabs(value));
-    heights.push_back(takeMedian(sizes));
-  }
-  const auto strongest = std::max_element(heights.begin(), heights.end());
-  const bool isWeakest = std::min_element(heights.begin(), heights.end()) == heights.begin();
-  if (heights.size() < 2 || !isWeakest || heights[0] >= 0.6 * *strongest) return;
-  const auto best = static_cast<std::size_t>(strongest - heights.begin());
+  const std::vector<std::size_t> planes = all.findFree();
+  const std::vector<std::size_t> byLine = findFirsts(parameters);
+  const bool areEnough = peaks.size() >= kFewestOrderedPeaks && byLine.size() >= kFewestParameters;
+  if (planes.size() < all.planes.size() || !areEnough) return false;
+  const Rows sums = findShares(all, peaks, planes, &Sighting::sum);
+  if (!countSteps(averageRepeats(sums, parameters)).goBothWays()) return false;
+  std::vector<std::size_t> byName = byLine;
+  std::stable_sort(byName.begin(), byName.end(), [&](std::size_t a, std::size_t b) {
+    return findNumberInName(all.nameOf(a)) < findNumberInName(all.nameOf(b));
+  });
+  const bool isByLine = goSteadily(sums, byLine);
+  if (!isByLine && !goSteadily(sums, byName)) return false;
+  tellOrder(all, isByLine ? byLine : byName, parameters,
+            isByLine ? "SPECTRUM lines" : "numbers in the names of the files");
+  return true;
+}
+
+void checkWeakest(const SampledSeries& all) {
+  const std::vector<StrongPeak> peaks = all.findPeaks(10);
+  const std::vector<std::size_t> planes = all.findFree();
+  if (planes.size() < all.planes.size() || planes.size() < 2 || peaks.size() < kFewestOrderedPeaks) return;
+  const std::vector<double> sizes = findSizes(findShares(all, peaks, planes, &Sighting::height));
+  const auto strongest = std::max_element(sizes.begin(), sizes.end());
+  if (std::min_element(sizes.begin(), sizes.end()) != sizes.begin() || sizes[0] >= 0.6 * *strongest) return;
   all.tellParameter(0, all.nameOf(0) + ", in which the peaks are searched, is the weakest spectrum, with " +
-                           std::to_string(std::lround(100 * heights[0] / *strongest)) + " % of the height in " +
-                           all.nameOf(best) + ": put the line of the strongest first");
+                           std::to_string(std::lround(100 * sizes[0] / *strongest)) + " % of the height in " +
+                           all.nameOf(static_cast<std::size_t>(strongest - sizes.begin())) +
+                           ": put the line of the strongest first");
 }
 
 }  // namespace peakbox

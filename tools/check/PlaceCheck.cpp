@@ -14,9 +14,23 @@ namespace {
 constexpr std::size_t kFewestShiftedPeaks = 8;
 constexpr double kSurelyExtreme = 8;  // times the noise
 
-Places placesOf(const std::vector<Extreme>& extremes) {
+/// Values of dimension 1 that share a band; what water leaves, and the noise of strong signals, makes many in few
+/// bands.
+int findBand(double place) { return static_cast<int>(place) / 4; }
+
+/// Whether a band holds too many of all.
+bool isCrowded(std::size_t some, std::size_t all) { return some > 4 && 100 * some > 15 * all; }
+
+/// The places of the strongest extremes, but those in crowded bands.
+Places findPlaces(const PlaneSample& plane, std::size_t most) {
+  const std::vector<Extreme> strongest = plane.getStrongest(4 * most, kSurelyExtreme);
+  std::map<int, std::size_t> counts;
+  for (const Extreme& extreme : strongest) ++counts[findBand(extreme.place[0])];
   Places places;
-  for (const Extreme& extreme : extremes) places.push_back({extreme.place[0], extreme.place[1]});
+  for (const auto& [place, value] : strongest) {
+    if (places.size() < most && !isCrowded(counts[findBand(place[0])], strongest.size()))
+      places.push_back({place[0], place[1]});
+  }
   return places;
 }
 
@@ -76,8 +90,8 @@ std::vector<Displacement> compareWith(const SampledSeries& all, std::size_t refe
   const std::size_t most = std::clamp<std::size_t>(all.series.getPeakCount() / 2, 16, 100);  // few but peaks
   std::vector<Displacement> displaced;
   for (const std::size_t n : all.findFree()) {
-    Places own = placesOf(all.planes[n].getStrongest(most, kSurelyExtreme));
-    Places others = placesOf(all.planes[reference].getStrongest(most + most / 2, kSurelyExtreme));
+    Places own = findPlaces(all.planes[n], most);
+    Places others = findPlaces(all.planes[reference], most + most / 2);
     const std::size_t count = std::min(own.size(), others.size());
     if (n == reference || count < kFewestShiftedPeaks) continue;
     own.resize(count);
@@ -132,26 +146,24 @@ bool isAlone(const Signal& signal, const std::vector<Signal>& signals, std::size
   return true;
 }
 
-/// The share of a plane's strong signals that other planes do not have, 0 where they are few. A band that holds many of
-/// them, as water leaves it, does not count.
+/// The share of a plane's strong signals that other planes do not have, 0 where they are few.
 double findAloneShare(const std::vector<Signal>& signals, std::size_t plane, std::size_t fewest) {
-  constexpr double kFewest = 10;
-  constexpr int kBand = 4;  // points
-  std::map<int, std::vector<const Signal*>> bands;
-  double count = 0;
+  constexpr std::size_t kFewest = 10;
+  std::vector<const Signal*> own;
+  std::map<int, std::size_t> counts;
   for (const Signal& signal : signals) {
     if (signal.plane != plane || !signal.isStrong) continue;
-    bands[static_cast<int>(signal.place[0]) / kBand].push_back(&signal);
+    own.push_back(&signal);
+    ++counts[findBand(signal.place[0])];
+  }
+  std::size_t count = 0;
+  std::size_t alone = 0;
+  for (const Signal* signal : own) {
+    if (isCrowded(counts[findBand(signal->place[0])], own.size())) continue;
     ++count;
+    alone += isAlone(*signal, signals, fewest);
   }
-  const double most = std::max(4.0, 0.15 * count);
-  double alone = 0;
-  for (const auto& [place, band] : bands) {
-    if (static_cast<double>(band.size()) > most) count -= static_cast<double>(band.size());
-    if (static_cast<double>(band.size()) > most) continue;
-    for (const Signal* signal : band) alone += isAlone(*signal, signals, fewest);
-  }
-  return count < kFewest ? 0 : alone / count;
+  return count < kFewest ? 0 : static_cast<double>(alone) / static_cast<double>(count);
 }
 
 }  // namespace
@@ -163,7 +175,7 @@ bool checkListPlace(const SampledSeries& all) {
   for (const std::size_t d : {0U, 1U}) close[d] = std::max(1.5, takeMedian(listed.widths[d]) / 4);
   std::vector<std::pair<CommonShift, std::size_t>> found;
   for (const std::size_t n : spread(all.findFree(), 8)) {
-    const Places targets = placesOf(all.planes[n].getStrongest(400, kSurelyExtreme));
+    const Places targets = findPlaces(all.planes[n], 400);
     if (targets.size() < kFewestShiftedPeaks) continue;
     found.emplace_back(findCommonShift(listed.places, targets, shareOfAxes(all.axes, 0.1, 0.15), close), n);
   }
@@ -208,8 +220,8 @@ void checkForeign(SampledSeries& all, const std::vector<Displacement>& displaced
   double share = 0;
   for (const std::size_t n : planes) {
     const auto isIt = [n](const Displacement& displacement) { return displacement.plane == n; };
-    const double alone = findAloneShare(signals, n, 1 + planes.size() / 10);
-    if (alone < 0.45 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
+    const double alone = findAloneShare(signals, n, 1 + planes.size() / 6);
+    if (alone < 0.4 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
     if (foreign.empty()) share = alone;
     foreign.push_back(n);
   }

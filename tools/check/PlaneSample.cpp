@@ -56,11 +56,13 @@ double findSpread(const std::vector<double>& values) {
   return 2 * magnitudes.size() > values.size() ? 1.4826 * takeMedian(magnitudes) : 0;
 }
 
-/// Of points alike the last one counts.
+/// Of points alike the last one counts, and none beside one that is no number.
 bool isExtreme(const double* point, std::int64_t rowSize, double median) {
   const double magnitude = std::fabs(*point - median);
   for (const std::int64_t before : {-rowSize - 1, -rowSize, -rowSize + 1, std::int64_t{-1}}) {
-    if (std::fabs(point[before] - median) > magnitude || std::fabs(point[-before] - median) >= magnitude) return false;
+    const bool isHigher =
+        std::fabs(point[before] - median) <= magnitude && std::fabs(point[-before] - median) < magnitude;
+    if (!isHigher) return false;
   }
   return true;
 }

@@ -82,7 +82,8 @@ void checkPhase(SampledSeries& all);
 /// OrderCheck: planes and parameters that do not go with one another.
 void checkSigns(SampledSeries& all);
 void checkRepeats(SampledSeries& all);
-void checkOrder(const SampledSeries& all);
+bool checkOrder(const SampledSeries& all);  // whether it told something
+void checkWeakest(const SampledSeries& all);
 
 /// MoveCheck: whether the tolerance goes with how the peaks move.
 void checkMovement(const SampledSeries& all);

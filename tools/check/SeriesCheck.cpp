@@ -26,7 +26,7 @@ Explained SeriesCheck::tell(const Series& series, Findings& findings) const {
     checkZeroBoxes(all);
     checkSigns(all);
     checkRepeats(all);
-    checkOrder(all);
+    if (!checkOrder(all)) checkWeakest(all);
     checkMovement(all);
   }
   explained.planes.resize(static_cast<std::size_t>(parameters.settings.getSpectrumCount()));
