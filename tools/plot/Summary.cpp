@@ -58,11 +58,12 @@ std::string writeSummary(const MeasuredRun& run) {
   std::string peaks;
   double first = INFINITY;
   double last = -INFINITY;
-  for (const auto& [number, value, error, isRed] : entries) {
-    const int beyond = value > high ? 1 : value < low ? -1 : 0;
-    peaks += compose(number, " ", std::clamp(value, low, high), " ", error, " ", isRed, " ", beyond, "\n");
-    first = std::min(first, number);
-    last = std::max(last, number);
+  for (const Entry& entry : entries) {
+    const int beyond = entry.value > high ? 1 : entry.value < low ? -1 : 0;
+    peaks += compose(entry.number, " ", std::clamp(entry.value, low, high), " ", entry.error, " ", entry.isRed, " ",
+                     beyond, "\n");
+    first = std::min(first, entry.number);
+    last = std::max(last, entry.number);
   }
   const bool areRates = run.results.quantity == "R";
   const double margin = 0.5 + 0.01 * (last - first);
