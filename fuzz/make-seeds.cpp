@@ -5,7 +5,9 @@
 #include <iostream>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "demo/StackWriter.h"
 #include "support/ExampleRun.h"
 
 namespace {
@@ -77,33 +79,21 @@ void makeCube(const SeedFolder& seeds, const std::string& name, int first, int s
   seeds.add(name, bytes + bytes.substr(2048));
 }
 
-/// Cubes whose axes have eight points, and three, in tiles that do not fit.
-void makeUcsf(const SeedFolder& seeds, std::size_t delays) {
-  std::string bytes = std::string("UCSF NMR\0\0\3\1\0\2", 14);
-  bytes.resize(180 + 3 * 128);
-  std::size_t points = 1;
-  for (const std::size_t axis : {0U, 1U, 2U}) {
-    const std::size_t start = 180 + 128 * axis;
-    const bool isDelays = axis == delays;
-    putWord(bytes, start + 8, isDelays ? 3 : 8, true);
-    putWord(bytes, start + 16, isDelays ? 2 : 7, true);
-    putReal(bytes, start + 20, isDelays ? 1 : 600, true);
-    putReal(bytes, start + 24, 6000, true);
-    putReal(bytes, start + 28, 5, true);
-    points *= isDelays ? 4 : 14;
+/// Two planes with the delays in any of three axes, and for Bruker one plane: files with form feeds between them.
+void makeStacks(const SeedFolder& ucsf, const SeedFolder& bruker) {
+  const std::vector<std::size_t> forms[] = {{0, 1, 2}, {1, 0, 2}, {1, 2, 0}, {1, 2}};
+  for (const std::vector<std::size_t>& roles : forms) {
+    Stack stack{.plane = examplePlane(), .planeCount = 2, .roles = roles, .tiles = {5, 7, 3}};
+    stack.tiles.resize(roles.size());
+    const std::string name =
+        "axes-" + std::to_string(roles.size()) + std::to_string(roles[0]) + std::to_string(roles[1]);
+    ucsf.add(name, writeUcsf(stack));
+    stack.isDouble = roles[0] == 0;
+    std::string files;
+    auto written = writeBruker(stack);
+    for (const char* file : {"procs", "proc2s", "proc3s", "2rr", "3rrr"}) files += written[file] + "\f";
+    bruker.add(name, files);
   }
-  seeds.add("delays-" + std::to_string(delays), bytes + std::string(4 * points, '\1'));
-}
-
-void makeBruker(const SeedFolder& seeds) {
-  const auto axis = [](const std::string& size, const std::string& state) {
-    return "##$SI= " + size + "\n##$XDIM= 2\n##$BYTORDP= 0\n##$DTYPP= 0\n##$NC_proc= -3\n##$FT_mod= " + state +
-           "\n##$SF= 600.13\n##$SW_p= 6000\n##$OFFSET= 11\n##$AXNUC= <1H>\n\f";
-  };
-  const std::string plane(4UL * 4 * 4, '\1');
-  seeds.add("plane", axis("4", "6") + axis("4", "6") + "\f" + plane);
-  seeds.add("cube", axis("4", "6") + axis("4", "6") + axis("2", "0") + plane + "\f" + plane + plane);
-  seeds.add("inside", axis("4", "6") + axis("2", "0") + axis("4", "5") + plane + "\f" + plane + plane);
 }
 
 template <typename Write>
@@ -146,8 +136,7 @@ int main(int argc, char** argv) {
   makeCube(SeedFolder(folder / "planes"), "transposed", 3, 2, 1);
   makeReports(SeedFolder(folder / "report"));
   SeedFolder(folder / "planes").add("delays", "10m\r\n\n 0.5\n\f\n2u\n1e-3s\n");
-  for (const std::size_t delays : {0U, 1U, 2U}) makeUcsf(SeedFolder(folder / "ucsf"), delays);
-  makeBruker(SeedFolder(folder / "bruker"));
+  makeStacks(SeedFolder(folder / "ucsf"), SeedFolder(folder / "bruker"));
   makeSpectra(SeedFolder(folder / "pipe"), writePipe);
   makeSpectra(SeedFolder(folder / "view"), writeView);
   return 0;

@@ -17,7 +17,8 @@ namespace {
 class Parameters {
  public:
   explicit Parameters(std::string file) : path(std::move(file)) {
-    const std::optional<std::string> text = readFile(path);
+    std::error_code failed;
+    const std::optional<std::string> text = fs::is_regular_file(path, failed) ? readFile(path) : std::nullopt;
     if (!text) refuse(path, "cannot be read");
     for (const std::string& line : splitLines(mendLineEnds(*text))) {
       const std::size_t equal = line.find('=');

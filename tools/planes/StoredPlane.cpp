@@ -60,50 +60,67 @@ class LineReader {
   std::vector<char> bytes;
 };
 
+using Place = std::array<std::uint64_t, 3>;
+
+/// Goes through all places from `first` to before `end`, until `visit` returns false; returns what it did last.
+template <typename Visit>
+bool visitAll(const Place& first, const Place& end, const Visit& visit) {
+  Place place = first;
+  for (place[0] = first[0]; place[0] < end[0]; ++place[0]) {
+    for (place[1] = first[1]; place[1] < end[1]; ++place[1]) {
+      for (place[2] = first[2]; place[2] < end[2]; ++place[2]) {
+        if (!visit(place)) return false;
+      }
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 bool readPlane(const Layout& layout, std::uint64_t k, std::vector<std::uint32_t>& points) {
-  using Place = std::array<std::uint64_t, 3>;
   const Place& sizes = layout.sizes;
   const Place& tiles = layout.tiles;
   const std::uint64_t width = sizes[layout.direct];
   points.resize(width * sizes[layout.indirect]);
-  LineReader reader(layout);
 
   // What the plane has of each axis: all of it, or one point.
   Place first{};
   Place end = sizes;
   first[layout.stacked] = k;
   end[layout.stacked] = k + 1;
-  const auto countTiles = [&](std::size_t n) { return (sizes[n] + tiles[n] - 1) / tiles[n]; };
-  const auto putLine = [&](const Place& tile, std::uint64_t i, std::uint64_t j) {
-    const std::uint64_t start = tile[2] * tiles[2];
-    const std::uint64_t tileNumber = (tile[0] * countTiles(1) + tile[1]) * countTiles(2) + tile[2];
-    const std::uint64_t line = tileNumber * tiles[0] * tiles[1] + i % tiles[0] * tiles[1] + j % tiles[1];
-    const char* const words = reader.read(line * tiles[2], std::min(tiles[2], sizes[2] - start));
-    if (words == nullptr) return false;
-    Place place{i, j, std::max(start, first[2])};
-    for (; place[2] < std::min(start + tiles[2], end[2]); ++place[2]) {
-      points[place[layout.indirect] * width + place[layout.direct]] =
-          takeWord(words + (place[2] - start) * reader.wordSize, layout);
-    }
-    return true;
-  };
-  Place tile{};
-  const auto lastOf = [&](std::size_t n) { return std::min(end[n], (tile[n] + 1) * tiles[n]); };
-  const auto firstOf = [&](std::size_t n) { return std::max(first[n], tile[n] * tiles[n]); };
-  for (tile[0] = first[0] / tiles[0]; tile[0] * tiles[0] < end[0]; ++tile[0]) {
-    for (tile[1] = first[1] / tiles[1]; tile[1] * tiles[1] < end[1]; ++tile[1]) {
-      for (tile[2] = first[2] / tiles[2]; tile[2] * tiles[2] < end[2]; ++tile[2]) {
-        for (std::uint64_t i = firstOf(0); i < lastOf(0); ++i) {
-          for (std::uint64_t j = firstOf(1); j < lastOf(1); ++j) {
-            if (!putLine(tile, i, j)) return false;
-          }
-        }
-      }
-    }
+  Place firstTile{};
+  Place endTile{};
+  Place tileCount{};
+  for (const std::size_t n : {0U, 1U, 2U}) {
+    firstTile[n] = first[n] / tiles[n];
+    endTile[n] = (end[n] + tiles[n] - 1) / tiles[n];
+    tileCount[n] = (sizes[n] + tiles[n] - 1) / tiles[n];
   }
-  return true;
+
+  LineReader reader(layout);
+  const auto readTile = [&](const Place& tile) {
+    const std::uint64_t number = (tile[0] * tileCount[1] + tile[1]) * tileCount[2] + tile[2];
+    const std::uint64_t lineStart = tile[2] * tiles[2];
+    const std::uint64_t lineSize = std::min(tiles[2], sizes[2] - lineStart);
+    Place from{};
+    Place to{};
+    for (const std::size_t n : {0U, 1U, 2U}) {
+      from[n] = std::max(first[n], tile[n] * tiles[n]);
+      to[n] = std::min(end[n], (tile[n] + 1) * tiles[n]);
+    }
+    // By lines of the tile, of which all is read also where only one point is wanted: that is faster than seeking.
+    return visitAll(from, {to[0], to[1], from[2] + 1}, [&](Place place) {
+      const std::uint64_t line = (number * tiles[0] + place[0] % tiles[0]) * tiles[1] + place[1] % tiles[1];
+      const char* const words = reader.read(line * tiles[2], lineSize);
+      for (; words != nullptr && place[2] < to[2]; ++place[2]) {
+        points[place[layout.indirect] * width + place[layout.direct]] =
+            takeWord(words + (place[2] - lineStart) * reader.wordSize, layout);
+      }
+      return words != nullptr;
+    });
+  };
+  return visitAll(firstTile, endTile, readTile);
 }
 
 }  // namespace peakbox::planes
