@@ -97,6 +97,7 @@ void runPrograms(std::string_view parameters) {
   takeMessages();
 
   runCompanion(peakboxCheck, {"peakbox-check", file.path()});
+  runCompanion(peakboxCheck, {"peakbox-check", "-a", file.path()});
 }
 
 void runCompanion(Main* companion, std::vector<std::string> words) {

@@ -43,8 +43,8 @@ std::array<double, 2> interpolateTop(const Spectrum& spectrum, const Point& top)
     if (!spectrum.getAxes().contains(before) || !spectrum.getAxes().contains(after)) continue;
     const auto value = [&](const Point& point) { return spectrum.getData()[point[0]][point[1]]; };
     const double curvature = value(before) - 2 * value(top) + value(after);
-    if (curvature == 0) continue;
-    exact[d] += std::clamp(0.5 * (value(before) - value(after)) / curvature, -0.5, 0.5);
+    const double shift = 0.5 * (value(before) - value(after)) / curvature;
+    if (std::isfinite(shift)) exact[d] += std::clamp(shift, -0.5, 0.5);
   }
   return exact;
 }

@@ -58,6 +58,7 @@ std::optional<double> findHalf(const Spectrum& spectrum, Point point, std::size_
     point[dim] += step;
     if (!spectrum.getAxes().contains(point)) return std::nullopt;
     const double value = data[point[0]][point[1]] / height;
+    if (!std::isfinite(value)) return std::nullopt;
     if (value <= 0.5) return distance - (0.5 - value) / (before - value);
     if (value > before + noise / std::fabs(height)) return std::nullopt;
     before = value;
@@ -179,6 +180,8 @@ void Adviser::follow(double noise) {
 std::string Adviser::describeClosest(const std::array<double, 2>& width, double& closest) const {
   std::vector<Found> order = found;
   std::sort(order.begin(), order.end(), [](const Found& a, const Found& b) { return a.exact < b.exact; });
+  const auto areSame = [](const Found& a, const Found& b) { return a.start == b.start; };
+  order.erase(std::unique(order.begin(), order.end(), areSame), order.end());
   std::pair<std::size_t, std::size_t> pair{0, 1};
   const auto measure = [&](std::size_t d, std::size_t i, std::size_t k) {
     return std::fabs(order[i].exact[d] - order[k].exact[d]);
@@ -186,13 +189,14 @@ std::string Adviser::describeClosest(const std::array<double, 2>& width, double&
   closest = HUGE_VAL;
   for (std::size_t i = 0; i < order.size(); ++i) {
     for (std::size_t k = i + 1; k < order.size() && measure(0, i, k) < closest * width[0]; ++k) {
-      if (order[i].start == order[k].start) continue;  // which the check tells
+      if (std::max(measure(0, i, k), measure(1, i, k)) < 1) continue;  // one top, which the check tells
       const double distance = std::max(measure(0, i, k) / width[0], measure(1, i, k) / width[1]);
       if (distance >= closest) continue;
       closest = distance;
       pair = {i, k};
     }
   }
+  if (!std::isfinite(closest)) return "";
   if (order[pair.first].peak > order[pair.second].peak) std::swap(pair.first, pair.second);
   std::ostringstream text;
   const auto name = [&](std::size_t i) { return peaks.getLabel(static_cast<int>(order[i].peak)); };
