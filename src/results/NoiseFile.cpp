@@ -41,7 +41,8 @@ std::string writeNoiseHeader() { return "# Spectrum\tBoxNoise\tError\tTail\tPoin
 
 std::string writeNoiseLine(int number, const SpectrumNoise& noise) {
   std::string line = std::to_string(number);
-  for (const double value : {noise.box, noise.error, noise.tail, noise.point}) line.append("\t").append(realToText(value));
+  for (const double value : {noise.box, noise.error, noise.tail, noise.point})
+    line.append("\t").append(realToText(value));
   return line.append("\t").append(writeSize(noise.size)).append("\t").append(noise.file).append("\n");
 }
 
