@@ -66,7 +66,7 @@ class MoveCheck {
 
   void tell() const {
     const bool isEnough = tops >= kFewestTops;
-    const bool doMove = isEnough && 10 * moved > tops;
+    const bool doMove = isEnough && 100 * moved > 15 * tops;
     if (seen >= kFewestTops && walking >= kFewestPeaks && 100 * walking > 15 * seen) {
       tellTolerance(" is too small: " + std::to_string(walking) + " of " + std::to_string(seen) +
                     " peaks move out of it, from " + all.nameOf(firstLeft) +
