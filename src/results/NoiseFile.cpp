@@ -60,6 +60,8 @@ std::vector<SpectrumNoise> readNoiseFile(const std::string& path) {
     const std::optional<SpectrumNoise> ofSpectrum = isCut ? std::nullopt : readNoise(lines[n], n);
     if (!ofSpectrum) refuse(path, "line " + std::to_string(n + 1) + ": not a whole line of peakbox-noise");
     noise.push_back(*ofSpectrum);
+    const bool isOtherBox = ofSpectrum->size != noise[0].size;
+    if (isOtherBox) refuse(path, "line " + std::to_string(n + 1) + ": the noise of another box than line 2");
   }
   return noise;
 }

@@ -16,10 +16,13 @@ struct View {
   std::array<std::int64_t, 2> sizes;  // along it and across
   std::array<std::int64_t, 2> strides;
 
-  /// The second difference across, at this place.
+  /// The second difference across, at this place; NaN where most of it is filled up with zeros.
   double getCurvature(std::int64_t along, std::int64_t across) const {
     const double* const point = data + along * strides[0] + across * strides[1];
-    return point[-strides[1]] - 2 * point[0] + point[strides[1]];
+    const double before = point[-strides[1]];
+    const double after = point[strides[1]];
+    const bool isFilled = (before == 0) + (*point == 0) + (after == 0) > 1;
+    return isFilled ? NAN : before - 2 * *point + after;
   }
 
   double sumCurvatures(std::int64_t along, std::int64_t across, std::int64_t length) const {
@@ -113,7 +116,6 @@ double combine(const Core& strips1, const Core& strips2, const Core& points) {
 }  // namespace
 
 PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box) {
-  constexpr std::int64_t kSampleSize = 60000;
   const Parts parts(spectrum, box, kSampleSize);
   const Core strips1 = estimateCore(parts.strips1);
   const Core strips2 = estimateCore(parts.strips2);
@@ -131,9 +133,8 @@ PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t
           .values = std::min({parts.strips1.size(), parts.strips2.size(), parts.points.size()})};
 }
 
-double estimatePointNoise(const Spectrum& spectrum) {
-  constexpr std::int64_t kSampleSize = 1 << 14;
-  const Parts parts(spectrum, {1, 1}, kSampleSize);
+double estimatePointNoise(const Spectrum& spectrum, std::int64_t sampleSize) {
+  const Parts parts(spectrum, {1, 1}, sampleSize);
   return combine(estimateCore(parts.strips1), estimateCore(parts.strips2), estimateCore(parts.points));
 }
 

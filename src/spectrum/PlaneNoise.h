@@ -22,7 +22,10 @@ struct PlaneNoise {
 /// Zeros, with which planes are filled up, and what is not finite are no noise.
 PlaneNoise estimateNoise(const Spectrum& spectrum, const std::array<std::int64_t, 2>& box);
 
-/// The noise of a point, estimated alike from fewer values; 0 where there is none or too little to tell.
-double estimatePointNoise(const Spectrum& spectrum);
+/// Values that an estimate rests upon, in each of its parts.
+inline constexpr std::int64_t kSampleSize = 60000;
+
+/// The noise of a point, estimated alike from so many values or fewer; 0 where there is none or too little to tell.
+double estimatePointNoise(const Spectrum& spectrum, std::int64_t sampleSize = 1 << 14);
 
 }  // namespace peakbox

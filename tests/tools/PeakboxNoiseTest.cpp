@@ -72,15 +72,14 @@ TEST(PeakboxNoise, SaysWhatIsWrong) {
   swapped.swapped = true;
   const std::string notice = "Correcting data for apparent byte-swap.\n";
   const auto bad = [](const std::string& text) { return "err:\npeakbox-noise: a.ft2: " + text; };
-  const std::string few = " points; it needs at least 100\n";
+  const std::string few = " points (0 of 100): the plane is small, the box large, or nearly all zero or constant\n";
   const std::string signal = "signal among the noise (tail ";
   const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
-      {"a large box", write(mixed), "20",
-       bad("only 0 values that are not zero for the noise of a box of 41 x 41" + few)},
-      {"a huge box", write(mixed), "2147483647", bad("only 0 values that")},
-      {"nearly empty", write(empty), "1", bad("only ")},
+      {"a large box", write(mixed), "20", bad("too few values for the noise of a box of 41 x 41" + few)},
+      {"a huge box", write(mixed), "2147483647", bad("too few values")},
+      {"nearly empty", write(empty), "1", bad("too few values")},
       {"infinite", write(infinite), "1", bad("not all values are finite\n")},
-      {"all alike", write([](int, int) { return 3.5f; }), "1", bad("only 0 values that")},
+      {"all alike", write([](int, int) { return 3.5f; }), "1", bad("too few values")},
       {"no list", write(mixed), "1\nPEAKLIST none", "err:\nERROR: Unable to open 'none'\n"},
       {"a short line", write(mixed), "1\nPEAKLIST short.xpk", "err:\nColumn index (17) exceeds maximum (3)\n"},
       {"other bytes", writePipe(swapped), "1\nSPECTRUM none",

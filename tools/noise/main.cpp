@@ -19,7 +19,7 @@ namespace {
 
 using namespace peakbox;
 
-constexpr double kSignalTail = 1.13;  // which noise alone does not reach
+constexpr double kSignalTail = 1.12;  // which noise alone does not reach
 constexpr double kMuchSignalTail = 1.5;
 
 bool isFinite(const Spectrum& spectrum) {
@@ -36,15 +36,18 @@ SpectrumNoise estimate(const std::string& file, const Spectrum& spectrum, const 
   if (!isFinite(spectrum)) refuse(file, "not all values are finite");
   const PlaneNoise box = estimateNoise(spectrum, size);
   if (box.values < kFewestValues) {
-    refuse(file, "only " + std::to_string(box.values) + " values that are not zero for the noise of a box of " +
-                     std::to_string(size[0]) + " x " + std::to_string(size[1]) + " points; it needs at least " +
-                     std::to_string(kFewestValues));
+    const std::string size1 = std::to_string(size[0]);
+    const std::string size2 = std::to_string(size[1]);
+    refuse(file, "too few values for the noise of a box of " + size1 + " x " + size2 + " points (" +
+                     std::to_string(box.values) + " of " + std::to_string(kFewestValues) +
+                     "): the plane is small, the box large, or nearly all zero or constant");
   }
-  const double point = estimateNoise(spectrum, {1, 1}).deviation;
+  const double point = estimatePointNoise(spectrum, kSampleSize);
   if (!(box.deviation > 0 && box.error > 0 && point > 0)) refuse(file, "the values have a spread of zero");
-  const std::string tail = "signal among the noise (tail " + realToText(std::floor(100 * box.tail) / 100) + "): ";
+  const std::string tail = "signal among the noise (tail " + realToText(std::ceil(100 * box.tail) / 100) + "): ";
   if (box.tail > kMuchSignalTail) {
-    warn(file, tail + "its noise may be off by a third; take a smaller BOXSIZE, or repeats (-r of peakbox-table)");
+    warn(file,
+         tail + "its noise may be off by a third or more; take a smaller BOXSIZE, or repeats (-r of peakbox-table)");
   } else if (box.tail > kSignalTail) {
     warn(file, tail + "its noise may be off by more than a tenth");
   }
