@@ -18,7 +18,7 @@ std::string describeResult(const MeasuredRun& run, std::size_t j) {
   if (!fit && readings.size() != 1) return "";
   const double value = fit ? fit->rate : readings[0].value;
   const double error = fit ? fit->error : readings[0].error;
-  if (!(error > 0)) return "";
+  if (!(error > 0)) return std::isfinite(value) ? compose(run.results.quantity, " = ", value, " ± ?") : "";
   const int digits = std::clamp(1 - static_cast<int>(std::floor(std::log10(error))), 0, 9);
   const std::string text =
       compose(run.results.quantity, std::fixed, std::setprecision(digits), " = ", value, " ± ", error);

@@ -24,7 +24,6 @@ std::string describeAxis(const MeasuredRun& run, std::uint8_t dim) {
 
 /// The labels and the lines to them; peaks in trouble choose their places first.
 std::string writeLabels(const MeasuredRun& run, const Window& window) {
-  constexpr std::size_t kMostLabels = 80;
   constexpr std::size_t kRoom = 22;
   std::vector<std::size_t> order(run.troubles.size());
   std::iota(order.begin(), order.end(), 0U);

@@ -25,9 +25,9 @@ std::vector<Trouble> describeTroubles(const MeasuredRun& run) {
       if (!trouble.text.empty() || (isShared && 2 * static_cast<double>(one.sharedPoints) <= boxSize)) continue;
       const std::string other(one.other ? run.report->getPeaks()[*one.other].label : "");
       trouble.text = one.kind == TroubleKind::SamePoint ? "same point as " + other
-                     : isShared                         ? "more than half of its box shared with " + other
+                     : isShared                         ? "box half shared with " + other
                      : one.kind == TroubleKind::OnFlank ? "on a flank"
-                     : one.kind == TroubleKind::Moved   ? "moved"
+                     : one.kind == TroubleKind::Moved   ? "moved out of its box"
                                                         : "no peak";
       trouble.text += compose(", in ", one.spectra.size(), " of ", run.abscissas.size(), " spectra");
       for (const int number : one.spectra) trouble.spectra.insert(static_cast<std::size_t>(number - 1));

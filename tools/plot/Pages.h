@@ -4,6 +4,9 @@
 
 namespace peakbox {
 
+/// Peaks beyond which the map shows numbers in place of labels.
+inline constexpr std::size_t kMostLabels = 80;
+
 /// The first spectrum, which is loaded, with the boxes and their labels, of many peaks the numbers.
 std::string writeMap(const MeasuredRun& run);
 

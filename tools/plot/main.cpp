@@ -47,17 +47,28 @@ std::vector<std::string> drawSpectra(MeasuredRun& run) {
   return cells;
 }
 
+/// As many of the peaks in trouble as a line holds, as the map names them, and how many more there are.
+std::string nameTroubled(const MeasuredRun& run, const std::vector<std::size_t>& troubled) {
+  constexpr std::size_t kMostLetters = 105;
+  std::string text;
+  for (std::size_t n = 0; n < troubled.size(); ++n) {
+    const Report::Peak& peak = run.report->getPeaks()[troubled[n]];
+    const std::string name =
+        run.troubles.size() > kMostLabels ? compose(peak.number, " ", peak.label) : compose(peak.label);
+    if (text.size() + name.size() > kMostLetters) return compose(text, " and ", troubled.size() - n, " more");
+    text += compose(n == 0 ? "in trouble: " : ", ", name);
+  }
+  return text;
+}
+
 /// The map, the cells of peaks in trouble, what was found of all peaks, and all cells.
 std::string writePages(MeasuredRun& run, const std::string& name) {
   const std::vector<std::string> drawn = drawSpectra(run);
   std::vector<std::size_t> troubled;
   std::vector<std::size_t> all;
-  std::string labels;
   for (std::size_t j = 0; j < run.troubles.size(); ++j) {
     all.push_back(j);
-    if (run.troubles[j].text.empty()) continue;
-    labels += compose(troubled.empty() ? "in trouble: " : ", ", run.report->getPeaks()[j].label);
-    troubled.push_back(j);
+    if (!run.troubles[j].text.empty()) troubled.push_back(j);
   }
   const auto [name1, name2] = nameDimensions(run.spectrum);
   const std::string legend =
@@ -76,7 +87,7 @@ std::string writePages(MeasuredRun& run, const std::string& name) {
       pages.back() += compose("slot = ", n % kCells, "\n", drawn[peaks[n] + 1]);
     }
   };
-  begin(labels);
+  begin(nameTroubled(run, troubled));
   pages.back() += drawn[0];
   addCells(troubled);
   const std::string summary = writeSummary(run);
