@@ -191,7 +191,15 @@ std::optional<PeakTrouble> TroubleFinder::findDeparture(std::size_t j) const {
     trouble.worst = departure.spectrum;
     trouble.other = departure.owner;
   }
-  if (hasMoved(j) && !trouble.other) return trouble;
+  if (hasMoved(j) && !trouble.other) {
+    // Farther off still, it shows nothing in its box.
+    for (const std::size_t n : spectra) {
+      const bool isGone = n > records[j].departures.front().spectrum && !stands(n, j);
+      if (isGone) trouble.spectra.push_back(series.getIndices()[n] + 1);
+    }
+    std::sort(trouble.spectra.begin(), trouble.spectra.end());
+    return trouble;
+  }
   trouble.kind = TroubleKind::OnFlank;
   return isFlank ? std::optional(trouble) : std::nullopt;
 }
