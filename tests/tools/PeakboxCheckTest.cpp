@@ -503,7 +503,7 @@ TEST(PeakboxCheck, NamesPlanesAndListsThatDoNotFit) {
   Files files = makeDecay(0.15F);
   par("TOLERANCE 0 0\n", "").apply(files);
   expectLines("below a point", files,
-              "run.par: *10 10, the default, is below a point of dimension 1 (10.5 Hz)*peaks move*\n");
+              "run.par: *10 10 (the default) is below a point of dimension 1 (10.5 Hz)*peaks move*\n");
 }
 
 }  // namespace

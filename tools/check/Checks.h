@@ -54,7 +54,7 @@ struct ListedPeaks {
 /// the peaks that can be placed by them.
 ListedPeaks readPeaks(const Spectrum& first, bool hasAxes, const RunSettings& settings, Findings& findings);
 
-/// PlacementCheck: whether a list belongs to the first spectrum; leaves out the peaks that have no place in it. What it
+/// ListFitCheck: whether a list belongs to the first spectrum; leaves out the peaks that have no place in it. What it
 /// was made for is told by `frequencyLine`, which a run does not read.
 void checkPlacement(ListedPeaks& peaks, const std::string& frequencyLine, const Spectrum& first,
                     const RunSettings& settings, const FileFindings& findings);

@@ -107,7 +107,7 @@ struct PeakWords {
 
   std::string describeSamePoint(const PeakTrouble& trouble) const {
     return "measured at the same point as " + nameOther(trouble) + " in " + describeSpectra(trouble.spectra) +
-           ", which is nearer to it: " + describeRemedy(trouble.spectra.front() == 1);
+           ", a peak that is nearer to it: " + describeRemedy(trouble.spectra.front() == 1);
   }
 
   std::string describeNoPeak(std::size_t j, const PeakTrouble& trouble) const {

@@ -32,7 +32,7 @@ struct PlaneSample {
   std::vector<Extreme> extremes{};  // above 5 times the noise, by their place in dimension 1
 
   /// Up to 128 small tiles: the spread of a row's values about their running mean, 0 where half of them are zeros, and
-  /// 64 of these values, in tenths of it where below 2.5 times.
+  /// 64 of these values, in fortieths of it where below 2.5 times.
   static constexpr std::size_t kTilePoints = 64;
   static constexpr std::int8_t kFarOff = 127;
   std::vector<float> tileSpreads{};

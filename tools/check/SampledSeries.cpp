@@ -19,9 +19,9 @@ std::vector<std::size_t> SampledSeries::findFree() const {
 std::vector<double> SampledSeries::readParameters() const {
   std::vector<double> values;
   for (std::size_t n = 0; n < planes.size(); ++n) {
-    const std::string& text = getParameter(n, 0);
-    if (findNumber(text) != NumberPart::All) return {};
-    values.push_back(textToReal(text.c_str()));
+    const std::optional<double> value = textToDecimal(getParameter(n, 0));
+    if (!value) return {};
+    values.push_back(*value);
   }
   return values;
 }

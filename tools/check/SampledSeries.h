@@ -65,7 +65,7 @@ void checkContents(SampledSeries& all);
 void checkScale(SampledSeries& all);
 void checkZeroBoxes(SampledSeries& all);
 
-/// PlaceCheck: planes and lists whose peaks are somewhere else. Returns whether the list is.
+/// ReferenceCheck: planes and lists whose peaks are somewhere else. Returns whether the list is.
 bool checkListPlace(const SampledSeries& all);
 struct Displacement {
   std::size_t plane;
@@ -85,7 +85,7 @@ void checkRepeats(SampledSeries& all);
 bool checkOrder(const SampledSeries& all);  // whether it told something
 void checkWeakest(const SampledSeries& all);
 
-/// MoveCheck: whether the tolerance goes with how the peaks move.
+/// ToleranceCheck: whether the tolerance goes with how the peaks move.
 void checkMovement(const SampledSeries& all);
 
 }  // namespace peakbox

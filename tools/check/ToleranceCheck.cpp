@@ -49,9 +49,9 @@ Track followTop(const SampledSeries& all, const StrongPeak& peak, const std::vec
 }
 
 /// What the tops of a series tell about its tolerance.
-class MoveCheck {
+class ToleranceCheck {
  public:
-  explicit MoveCheck(const SampledSeries& sampled) : all(sampled), planes(all.findFree()) {
+  explicit ToleranceCheck(const SampledSeries& sampled) : all(sampled), planes(all.findFree()) {
     const RunSettings& settings = all.parameters.settings;
     const std::array<double, 2> hz{settings.getTolerance1(), settings.getTolerance2()};
     for (const std::size_t d : {0U, 1U}) {
@@ -60,7 +60,7 @@ class MoveCheck {
       if (points > 0 && points < 0.999) below.push_back(d);
     }
     isGiven = all.parameters.toleranceLine > 0;
-    name = "TOLERANCE " + realToText(hz[0]) + " " + realToText(hz[1]) + (isGiven ? "" : ", the default,");
+    name = "TOLERANCE " + realToText(hz[0]) + " " + realToText(hz[1]) + (isGiven ? "" : " (the default)");
     for (const StrongPeak& peak : all.findPeaks(10)) take(peak);
   }
 
@@ -115,7 +115,7 @@ class MoveCheck {
   std::size_t firstLeft = SIZE_MAX;
 };
 
-void MoveCheck::take(const StrongPeak& peak) {
+void ToleranceCheck::take(const StrongPeak& peak) {
   const Track track = followTop(all, peak, planes);
   if (track.empty()) return;
   ++tops;
@@ -130,7 +130,7 @@ void MoveCheck::take(const StrongPeak& peak) {
   findWalk(track, peak.j);
 }
 
-bool MoveCheck::doBoxesMove(std::size_t j) const {
+bool ToleranceCheck::doBoxesMove(std::size_t j) const {
   const auto isStrong = [&](std::size_t n) { return std::fabs(all.heightOf(n, j)) > 10; };
   const auto hasMoved = [&](std::size_t n) {
     return isStrong(n) && all.series.getSighting(n, j).point != all.series.getSighting(0, j).point;
@@ -139,7 +139,7 @@ bool MoveCheck::doBoxesMove(std::size_t j) const {
 }
 
 /// Whether a top lies where the search for it does not reach.
-bool MoveCheck::isLeft(const Extreme& top, std::size_t n, std::size_t j) const {
+bool ToleranceCheck::isLeft(const Extreme& top, std::size_t n, std::size_t j) const {
   const Point& found = all.series.getSighting(0, j).point;
   const auto isBeyond = [&](std::size_t d) {
     return std::fabs(top.place[d] - static_cast<double>(found[d])) > tolerance[d] + 0.75;
@@ -148,7 +148,7 @@ bool MoveCheck::isLeft(const Extreme& top, std::size_t n, std::size_t j) const {
          std::fabs(top.value) > std::fabs(all.series.getSighting(n, j).height) + 2 * all.planes[n].noise;
 }
 
-void MoveCheck::findWalk(const Track& track, std::size_t j) {
+void ToleranceCheck::findWalk(const Track& track, std::size_t j) {
   const auto& [start, top] = *track.begin();
   const Point& found = all.series.getSighting(0, j).point;
   const Extreme measured{{static_cast<float>(found[0]), static_cast<float>(found[1])}, 0};
@@ -172,7 +172,7 @@ void MoveCheck::findWalk(const Track& track, std::size_t j) {
 }  // namespace
 
 void checkMovement(const SampledSeries& all) {
-  if (all.planes.size() > 1) MoveCheck(all).tell();
+  if (all.planes.size() > 1) ToleranceCheck(all).tell();
 }
 
 }  // namespace peakbox
