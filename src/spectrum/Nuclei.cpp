@@ -1,6 +1,8 @@
 #include "spectrum/Nuclei.h"
 
 #include <cmath>
+#include <map>
+#include <utility>
 
 namespace peakbox {
 
@@ -47,15 +49,25 @@ std::array<std::string, 2> nameDimensions(const Spectrum& spectrum) {
 }
 
 std::string findNucleus(const std::string& text) {
-  if (text == "HN" || text == "H") return "1H";
-  if (text == "N") return "15N";
-  if (text == "C") return "13C";
   for (const Nucleus& nucleus : kNuclei) {
     const bool isNamed =
         text.find(nucleus.name) != std::string::npos || text.find(nucleus.otherName) != std::string::npos;
     if (isNamed) return nucleus.name;
   }
-  return "";
+  static const std::map<std::string, std::string> kWords{
+      {"H", "1H"}, {"HN", "1H"}, {"PROTON", "1H"}, {"N", "15N"}, {"NITROGEN", "15N"}, {"C", "13C"}, {"CARBON", "13C"}};
+  std::string found;
+  std::string word;
+  for (const char c : text + ' ') {
+    const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    if (upper >= 'A' && upper <= 'Z') {
+      word += upper;
+    } else if (const auto known = kWords.find(std::exchange(word, "")); known != kWords.end()) {
+      if (!found.empty() && found != known->second) return "";
+      found = known->second;
+    }
+  }
+  return found;
 }
 
 }  // namespace peakbox

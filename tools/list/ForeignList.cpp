@@ -101,6 +101,12 @@ std::vector<Entry> takeEntries(const ForeignList& list) {
     numbers.insert(entries.back().peak.number = static_cast<std::int64_t>(*number));
   }
   if (entries.empty()) refuse(list.file, "has no peaks");
+  const auto isWhole = [](const Entry& entry) {
+    return (entry.peak.ppm[0] + entry.peak.ppm[1]).find('.') == std::string::npos;
+  };
+  if (list.isBetweenCommas && std::all_of(entries.begin(), entries.end(), isWhole)) {
+    refuse(list.file, "no position has a decimal point: are these decimal commas without quotes?");
+  }
   if (numbers.size() == entries.size()) return entries;
   for (std::int64_t number = 0; Entry & entry : entries) entry.peak.number = ++number;
   return entries;

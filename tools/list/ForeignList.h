@@ -28,6 +28,7 @@ struct ForeignList {
   std::optional<double> noValue = std::nullopt;
   bool hasBracedLabels = false;
   bool hasDecimalCommas = false;
+  bool isBetweenCommas = false;
 };
 
 /// Recognises the kind of a list and reads it, "-" from standard input; a table where `columns` names its label ("-"

@@ -7,36 +7,43 @@ namespace peakbox::list {
 
 namespace {
 
+struct Table {
+  std::vector<Row> rows;
+  char separator;
+};
+
 /// The rows from the header on, which has most of these names, the longest one where none has any. Above it may stand
 /// whatever there is.
-std::vector<Row> findTable(const std::string& file, const std::string& text, const std::vector<std::string>& names) {
+Table findTable(const std::string& file, const std::string& text, const std::vector<std::string>& names) {
   const auto rank = [&](const Row& row) {
     const auto isThere = [&](const std::string& name) { return seekColumn(row, name) < ForeignList::kNone; };
     return std::pair(std::count_if(names.begin(), names.end(), isThere), row.fields.size());
   };
-  std::vector<Row> table;
+  Table table{.rows = {}, .separator = ','};
   for (const char separator : {'\t', ';', ','}) {
     std::vector<Row> rows = splitAtSeparators(text, file, separator);
     const auto header =
         std::max_element(rows.begin(), rows.end(), [&](const Row& a, const Row& b) { return rank(a) < rank(b); });
-    if (header == rows.end() || (!table.empty() && rank(*header) <= rank(table[0]))) continue;
-    table.assign(std::make_move_iterator(header), std::make_move_iterator(rows.end()));
+    if (header == rows.end() || (!table.rows.empty() && rank(*header) <= rank(table.rows[0]))) continue;
+    table.rows.assign(std::make_move_iterator(header), std::make_move_iterator(rows.end()));
+    table.separator = separator;
   }
-  if (table.empty()) refuse(file, "is empty");
+  if (table.rows.empty()) refuse(file, "is empty");
   return table;
 }
 
-ForeignList makeList(const std::string& file, std::vector<Row> table, const std::array<std::string, 2>& names) {
-  const Row header = table[0];
+ForeignList makeList(const std::string& file, Table table, const std::array<std::string, 2>& names) {
+  const Row header = table.rows[0];
   if (!header.isWhole) refuse(header.place, "a quote that does not end");
-  table.erase(table.begin());
+  table.rows.erase(table.rows.begin());
   ForeignList list{.file = file,
-                   .rows = std::move(table),
+                   .rows = std::move(table.rows),
                    .columnCount = header.fields.size(),
                    .ppm = {findColumn(header, names[0]), findColumn(header, names[1])},
                    .names = names,
                    .descriptions = names,
-                   .hasDecimalCommas = true};
+                   .hasDecimalCommas = true,
+                   .isBetweenCommas = table.separator == ','};
   for (const char* name : {"Index", "Number", "#"}) {
     const std::size_t place = seekColumn(header, name);
     if (place != ForeignList::kNone) list.number = place;
@@ -48,8 +55,8 @@ ForeignList makeList(const std::string& file, std::vector<Row> table, const std:
 
 ForeignList readTable(const std::string& file, const std::string& text, const std::vector<std::string>& columns) {
   const bool hasLabels = columns[0] != "-";
-  std::vector<Row> table = findTable(file, text, {columns.begin() + !hasLabels, columns.end()});
-  const std::size_t label = hasLabels ? findColumn(table[0], columns[0]) : ForeignList::kNone;
+  Table table = findTable(file, text, {columns.begin() + !hasLabels, columns.end()});
+  const std::size_t label = hasLabels ? findColumn(table.rows[0], columns[0]) : ForeignList::kNone;
   ForeignList list = makeList(file, std::move(table), {columns[1], columns[2]});
   list.label = {label, label};
   return list;
@@ -58,12 +65,13 @@ ForeignList readTable(const std::string& file, const std::string& text, const st
 std::optional<ForeignList> readCcpNmr(const std::string& file, const std::string& text) {
   for (const std::string name : {"Pos F", "Position F"}) {
     if (text.find(name) == std::string::npos) continue;
-    const std::vector<Row> table = findTable(file, text, {name + "1", name + "2"});
-    const auto has = [&](const std::string& column) { return seekColumn(table[0], column) < ForeignList::kNone; };
+    Table table = findTable(file, text, {name + "1", name + "2"});
+    const Row header = table.rows[0];
+    const auto has = [&](const std::string& column) { return seekColumn(header, column) < ForeignList::kNone; };
     if (!has(name + "1") || !has(name + "2")) continue;
     if (has(name + "3")) refuse(file, "a list of more than two dimensions");
-    ForeignList list = makeList(file, table, {name + "1", name + "2"});
-    list.label = {seekColumn(table[0], "Assign F1"), seekColumn(table[0], "Assign F2")};
+    ForeignList list = makeList(file, std::move(table), {name + "1", name + "2"});
+    list.label = {seekColumn(header, "Assign F1"), seekColumn(header, "Assign F2")};
     return list;
   }
   return std::nullopt;
