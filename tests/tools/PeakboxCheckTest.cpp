@@ -257,6 +257,8 @@ TEST(PeakboxCheck, NamesTheFaultsOfSpectra) {
        "s2: warning: more data*; peakbox-planes writes all of them\n"},
       {"both", word("s1", 219, 0) + resize("s2", 2048 + 4 * 64 * 20), "s1: *2 has no data points\n" + missing},
       {"no ppm", word("s1", 218, 0), "s1: error: *the frequency of dimension 2 is 0 or no number\n"},
+      {"cube of 2D without ppm", word("s1", 218, 0) + resize("s1", 2048 + 3 * 4 * 64 * 48),
+       "s1: error: *2 is 0 or no number (peakbox-planes writes the planes of a cube)\n"},
       {"contradiction", word("s2", 221, 1), "s2: error: its header contradicts itself*; process it again\n"},
       {"transposed", word("s2", 221, 1) + word("s2", 24, 1) + word("s2", 25, 2),
        "s2: error: transposed: *; peakbox-planes turns it over\n"},

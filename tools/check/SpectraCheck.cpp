@@ -12,13 +12,23 @@ namespace peakbox {
 
 namespace {
 
+/// Whether the data are those of several whole planes.
+bool isCube(const Spectrum& spectrum, const std::string& file) {
+  std::error_code failed;
+  const std::uintmax_t bytes = std::filesystem::file_size(file, failed);
+  const std::uintmax_t wanted = 4 * spectrum.countDataWords();
+  return !failed && spectrum.getFormat() == SpectrumFormat::NMRPipe && wanted > 0 &&
+         bytes > FileHeader::kSize + wanted && (bytes - FileHeader::kSize) % wanted == 0;
+}
+
 /// Whether points and ppm can be turned into each other.
 bool hasAxes(const Spectrum& spectrum, const FileFindings& findings) {
   for (const int dim : {0, 1}) {
     const bool isEmpty = spectrum.getSize(dim) == 0;
     const bool isWrong = !isEmpty && !spectrum.getAxes().isUsable(dim);
     findings.add(isEmpty, 0, "error: dimension ", dim + 1, " has no data points");
-    findings.add(isWrong, 0, "error: the sweep width or the frequency of dimension ", dim + 1, " is 0 or no number");
+    findings.add(isWrong, 0, "error: the sweep width or the frequency of dimension ", dim + 1, " is 0 or no number",
+                 isWrong && isCube(spectrum, findings.file) ? " (peakbox-planes writes the planes of a cube)" : "");
   }
   return spectrum.getAxes().isUsable(0) && spectrum.getAxes().isUsable(1);
 }
@@ -28,11 +38,10 @@ bool isWhole(const Spectrum& spectrum, const FileFindings& findings) {
   const std::uintmax_t bytes = std::filesystem::file_size(findings.file, failed);
   const std::uintmax_t wanted = FileHeader::kSize + 4 * spectrum.countDataWords();
   if (failed) return true;
-  const bool isCube = spectrum.getFormat() == SpectrumFormat::NMRPipe && wanted > FileHeader::kSize &&
-                      (bytes - FileHeader::kSize) % (wanted - FileHeader::kSize) == 0;
   findings.add(bytes > wanted, 0, "warning: more data than one plane holds (", bytes - wanted, " bytes more): ",
-               isCube ? "of a cube only the first plane is measured; peakbox-planes writes all of them"
-                      : "what is behind it is not read");
+               isCube(spectrum, findings.file)
+                   ? "of a cube only the first plane is measured; peakbox-planes writes all of them"
+                   : "what is behind it is not read");
   return !findings.add(bytes < wanted, 0, "error: truncated: ", wanted - bytes, " bytes are missing at its end");
 }
 
@@ -45,8 +54,8 @@ void compareAxes(const Axes& axes, const Axes& first, const FileFindings& findin
     findings.add(std::fabs(mhz - firstMHz) > 0.01 * std::fabs(firstMHz), 0, "warning: dimension ", dim + 1,
                  " was recorded at ", mhz, " MHz, that of the first spectrum at ", firstMHz, " MHz");
     const double shift = axes.findShift(first, dim);
-    findings.add(std::fabs(shift) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ", shift,
-                 " points from that of the first spectrum, and peaks are placed by the first");
+    findings.add(std::fabs(shift) > 0.1, 0, "warning: the axis of dimension ", dim + 1, " is off by up to ",
+                 std::fabs(shift), " points from that of the first spectrum, and peaks are placed by the first");
   }
 }
 
