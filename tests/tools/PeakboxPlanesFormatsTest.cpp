@@ -22,20 +22,23 @@ TEST(PeakboxPlanes, AreTheSameFromOtherFormats) {
     Files files;
     std::string file;
     int count = 1;
+    std::string message = "";
   };
   Stack slow = cube({1, 0, 2}, {5, 2, 7});
   Stack little = stack({12, 16});
   Stack doubles = stack();
   slow.delayMHz = 100;
+  const std::string bySize =
+      "peakbox-planes: u: no frequency tells the axis of the delays: the planes are those of the two longer ones\n";
   little.isBig = false;
   doubles.isDouble = true;
   const Row rows[] = {
       {"UCSF in padded tiles", {{"u", writeUcsf(stack())}}, "u"},
       {"UCSF in one tile", {{"u", writeUcsf(stack({12, 16}))}}, "u"},
-      {"UCSF, delays slowest", {{"u", writeUcsf(cube({0, 1, 2}, {2, 5, 7}))}}, "u", 3},
-      {"UCSF, delays in the middle", {{"u", writeUcsf(cube({1, 0, 2}, {5, 3, 16}))}}, "u", 3},
-      {"UCSF, delays fastest", {{"u", writeUcsf(cube({1, 2, 0}, {1, 7, 2}))}}, "u", 3},
-      {"UCSF, delays by their size", {{"u", writeUcsf(slow)}}, "u", 3},
+      {"UCSF, delays slowest", {{"u", writeUcsf(cube({0, 1, 2}, {2, 5, 7}))}}, "u", 3, bySize},
+      {"UCSF, delays in the middle", {{"u", writeUcsf(cube({1, 0, 2}, {5, 3, 16}))}}, "u", 3, bySize},
+      {"UCSF, delays fastest", {{"u", writeUcsf(cube({1, 2, 0}, {1, 7, 2}))}}, "u", 3, bySize},
+      {"UCSF, delays by their size", {{"u", writeUcsf(slow)}}, "u", 3, bySize},
       {"Bruker, the folder", writeBruker(stack({4, 8})), "."},
       {"Bruker, little-endian", writeBruker(little), "2rr"},
       {"Bruker, padded doubles", writeBruker(doubles), "2rr"},
@@ -58,7 +61,7 @@ TEST(PeakboxPlanes, AreTheSameFromOtherFormats) {
       report += exampleTable(std::to_string(k) + ": new/" + name + "\n",
                              "  1\tA1\t10\t5\t" + sums[0] + "\n  2\tnoise2\t5\t8\t" + sums[1] + "\n");
     }
-    EXPECT_EQ(runExample(files, "sh -c '" + command + "'"), outcome(0, "", report)) << row.name;
+    EXPECT_EQ(runExample(files, "sh -c '" + command + "'"), outcome(0, row.message, report)) << row.name;
   }
 }
 
@@ -88,8 +91,9 @@ TEST(PeakboxPlanes, OfOtherFormatsAreRefusedWhereTheyAreNotSure) {
       {"u: has 4 dimensions, and only two or three can be read", ucsf(10, "\4")},
       {"u: axis 1 has no points, or tiles without points", ucsf(188, zero)},
       {"u: axis 2 has no points, or tiles without points", ucsf(324, "\xff")},
-      {"u: axis 2 has no sweep width, no frequency or no reference", ucsf(328, zero)},
-      {"u: axis 1 has no sweep width, no frequency or no reference", ucsf(208, "\x7f\xc0")},
+      {"u: axis 2 has no sweep width or frequency above 0, or no reference", ucsf(328, zero)},
+      {"u: axis 2 has no sweep width or frequency above 0, or no reference", ucsf(328, "\xc4")},
+      {"u: axis 1 has no sweep width or frequency above 0, or no reference", ucsf(208, "\x7f\xc0")},
       {"u: its size or frequency is beyond those of planes of NMRPipe", ucsf(328, "\x3e")},
       {".: this is a folder without processed data, 2rr or 3rrr", {}, "."},
       {": has both 2rr and 3rrr; give the file", {{"2rr", ""}, {"3rrr", ""}}, ""},
@@ -97,7 +101,7 @@ TEST(PeakboxPlanes, OfOtherFormatsAreRefusedWhereTheyAreNotSure) {
       {"fid: has not been processed" + give + " or the 2rr in it", {{"fid", ""}}, "fid"},
       {"1r: has one dimension, and only two or three can be read", {{"1r", ""}}, "1r"},
       {"2ii: is an imaginary part; give the real one, 2rr or 3rrr", {{"2ii", ""}}, "2ii"},
-      {"procs: cannot be read", {{"2rr", ""}, {"proc2s", ""}}, "2rr"},
+      {"procs: there is no such file", {{"2rr", ""}, {"proc2s", ""}}, "2rr"},
       {"proc2s: this axis is not transformed (FT_mod is 0)", bruker("proc2s:FT_mod", "0"), "2rr"},
       {"procs: this axis is not transformed (FT_mod is 0)", writeBruker(three, {{"procs:FT_mod", "0"}}), "3rrr"},
       {"proc2s: this axis is not transformed (FT_mod is 0)", writeBruker(three, {{"proc2s:FT_mod", "0"}}), "3rrr"},
@@ -108,7 +112,9 @@ TEST(PeakboxPlanes, OfOtherFormatsAreRefusedWhereTheyAreNotSure) {
       {"proc2s: there is no number SI", bruker("proc2s:SI", "<x>"), "2rr"},
       {"proc2s: SI or XDIM is no number of points", bruker("proc2s:SI", "0"), "2rr"},
       {"2rr: has 1260 bytes, and by its parameters it has 2940: it is cut", bruker("proc2s:SI", "35"), "2rr"},
-      {"procs: this axis has no sweep width, no frequency or no reference", bruker("procs:SF", "0"), "2rr"},
+      {"procs: this axis has no sweep width or frequency above 0, or no reference", bruker("procs:SF", "0"), "2rr"},
+      {"proc2s: this axis has no sweep width or frequency above 0, or no reference", bruker("proc2s:SW_p", "-1800"),
+       "2rr"},
       {"procs: there is no number OFFSET", bruker("procs:OFFSET", "nan"), "2rr"},
   };
   for (const Row& row : rows) {
@@ -130,6 +136,12 @@ TEST(PeakboxPlanes, SayThatDataAreMagnitudesOrHaveNoDelays) {
     EXPECT_EQ(runExample(files, "sh -c 'peakbox-planes -o new ./ >lines'"),
               outcome(0, "peakbox-planes: ./" + message + "\n"));
   }
+  Stack many = cube({1, 0, 2}, {5, 2, 7});
+  many.planeCount = 20;  // more than an axis of the planes has points
+  many.plane.direct.observeMHz = 600;
+  many.plane.indirect.observeMHz = 60.82F;
+  EXPECT_EQ(runExample({{"u", writeUcsf(many)}}, "sh -c 'peakbox-planes -o new u | grep -c SPECTRUM'"),
+            outcome(0, "", "(no file)", "20\n"));
 }
 
 }  // namespace

@@ -112,6 +112,11 @@ TEST(PeakboxPlanes, AreAddedToThoseThatThereAre) {
                     "(no file)",
                     "# to/001.ft2: in1\nSPECTRUM to/001.ft2\n# to/010.ft2: in3\nSPECTRUM to/010.ft2\n"
                     "# to/011.ft2: in2\nSPECTRUM to/011.ft2\nto/010.ft2 in3\n009.ft2\n010.ft2\n011.ft2\n1.ft2\n"));
+  const std::string again = "peakbox-planes: in1: has the same data as to/001.ft2\n";
+  const std::string count = "peakbox-planes: in1: its header counts 3 planes, and there are 1\n";
+  EXPECT_EQ(
+      runExample(files, "sh -c 'peakbox-planes -o to in1 >lines; mkfifo to/002.ft2; peakbox-planes -a -o to in1'"),
+      outcome(0, count + count + again, "(no file)", "# to/003.ft2: in1\nSPECTRUM to/003.ft2\n"));
   files["in3"] = put(files["in3"], {{99, 8}, {219, 24}});
   EXPECT_EQ(runExample(files, "sh -c 'peakbox-planes -ko . in2 in1 >lines 2>&1; peakbox-planes -a -o . in3'"),
             outcome(1, "peakbox-planes: in3: its direct dimension has 8 points, and that of ./001.ft2 16\n"));
@@ -137,7 +142,7 @@ TEST(PeakboxPlanes, AreTheSameFromEveryLayout) {
     std::string header = makeHeader({.dimensionCount = 2});
     if (form.order[2] == 1) header = putThirdAxis(header);  // which stays as it was
     Files files = writeForm(form);
-    files["vdlist"] = "10m\r\n500u\n\n2";
+    files["vdlist"] = "10m\r\n500u\n\n2s";
     for (const int plane : {1, 2, 3}) files["wanted" + std::to_string(plane)] = header + makeValues(plane, {});
     EXPECT_EQ(runExample(files,
                          "sh -c 'peakbox-planes -l vdlist -o to/ in? | grep -v \"^#\"; "
@@ -209,7 +214,7 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
            {"bad: this is no file of NMRPipe, or its header is damaged", put(cube, {{99, 0}})},
            {"bad: its indirect dimension differs from that of in1, by up to 0.102 points: last point by 5.1 Hz",
             put(files["in1"], {{249, 105.1F}})},
-           {"bad: its direct dimension differs from that of in1, by up to -1.5 points: sweep width by -160 Hz",
+           {"bad: its direct dimension differs from that of in1, by up to 1.5 points: sweep width by -160 Hz",
             put(files["in1"], {{100, 1440}})},
            {"bad: its direct dimension differs from that of in1, by up to 0 points: sweep width by 32 Hz, frequency by "
             "2 MHz",
@@ -222,14 +227,16 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
            {"bad: has 773 " + plane + " and a cube 3 times as many", files["in1"] + "12345"},
            {"bad: this is no file of NMRPipe, UCSF or Bruker", writeView(examplePlane())},
            {"bad: too short for a file of NMRPipe", "x"},
-           {"bad: has 2 delays, and there are 3 planes", "1s\n2\n", "-o new -l bad in?"},
-           {"bad: has 4 delays, and there are 3 planes", "1\n2\n3\n4s\n", "-o new -l bad in?"},
+           {"bad: has 2 delays, and there are 3 planes", "1s\n2s\n", "-o new -l bad in?"},
+           {"bad: has 4 delays, and there are 3 planes", "1s\n2s\n3s\n4s\n", "-o new -l bad in?"},
            {"bad:2: '10 min' is no delay, a number or one with n, u, m or s", "1\n10 min\n", "-o new -l bad in?"},
            {"bad:1: '1 2 m' is no delay, a number or one with n, u, m or s", "1 2 m", "-o new -l bad in?"},
            {"bad:1: '0,5' is no delay, a number or one with n, u, m or s", "0,5", "-o new -l bad in?"},
            {"bad:2: '1m' is no count, which -t asks for", "1\n1m\n", "-o new -l bad -t 2 in?"},
            {"bad:1: '1.5' is no count, which -t asks for", "1.5\n", "-o new -l bad -t 2 in?"},
            {"none: there is no such file", "", "-o new in1 none"},
+           {"none: there is no such file", "", "-o new -l none in?"},
+           {"./2rr: this is no regular file", "", "-o new .", "mkfifo 2rr; "},
            {"/dev/null: this is no regular file", "", "-o new /dev/null"},
            {"./001.ft2.part: exists already", "", "-o . in?", ": >001.ft2.part; "},
            {"./in1: is given twice", "", "-o new in1 in2 ./in1"},
@@ -254,11 +261,13 @@ TEST(PeakboxPlanes, AreRefusedWhereTheyAreNotSure) {
 
 TEST(PeakboxPlanes, TakeDelaysInAnyUnit) {
   const std::string bare = "peakbox-planes: list: has no units: its numbers are taken for seconds\n";
+  const std::string unlike =
+      "peakbox-planes: list:2: has no unit, as other lines have: the number is taken for seconds\n";
   const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
       {"10 ms\n20us # x\n; y\n\n3 n", "", "0.01 2e-05 3e-09", ""},
       {"\xef\xbb\xbf"
-       "0.010\r2 s\r+5e-1m\r",
-       "", "0.010 2 0.0005", ""},
+       "0\r0.010\r+5e-1m\r",
+       "", "0 0.010 0.0005", unlike},
       {"#T\r\n1\r\n2.50;z\r\n1e-3\r\n", "", "1 2.50 1e-3", bare},
       {"2\n0\n12", "-t 0.0408", "0.0816 0 0.4896", ""},
   };

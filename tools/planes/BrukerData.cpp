@@ -19,7 +19,7 @@ class Parameters {
   explicit Parameters(std::string file) : path(std::move(file)) {
     std::error_code failed;
     const std::optional<std::string> text = fs::is_regular_file(path, failed) ? readFile(path) : std::nullopt;
-    if (!text) refuse(path, "cannot be read");
+    if (!text) refuse(path, fs::exists(path, failed) ? "cannot be read" : "there is no such file");
     for (const std::string& line : splitLines(mendLineEnds(*text))) {
       const std::size_t equal = line.find('=');
       if (!line.starts_with("##$") || equal == std::string::npos) continue;
@@ -113,6 +113,8 @@ void setWords(Layout& layout, const Parameters& direct) {
 Layout readBruker(const std::string& path) {
   Layout layout{.path = findData(path)};
   const std::size_t count = countDimensions(layout.path);
+  std::error_code failed;
+  if (!fs::is_regular_file(layout.path, failed)) refuse(layout.path, "this is no regular file");
   const std::string folder = fs::path(layout.path).parent_path() / "";
   std::vector<Parameters> axes;  // the slowest first
   if (count == 3) axes.emplace_back(folder + "proc3s");

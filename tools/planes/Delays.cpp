@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 
 #include "base/Refusal.h"
@@ -37,9 +38,11 @@ std::vector<std::string> readDelays(const std::string& file, std::optional<doubl
   static const std::map<std::string, double> kPerSecond{{"n", 1e9}, {"ns", 1e9}, {"u", 1e6}, {"us", 1e6},
                                                         {"m", 1e3}, {"ms", 1e3}, {"s", 1}};
   const std::optional<std::string> text = readFile(file);
-  if (!text) refuse(file, "cannot be read");
+  std::error_code failed;
+  if (!text) refuse(file, std::filesystem::exists(file, failed) ? "cannot be read" : "there is no such file");
   std::vector<std::string> delays;
   bool hasUnits = false;
+  std::string bare;  // the first line without a unit that needs one
   for (int number = 0; const std::string& line : splitLines(mendLineEnds(*text))) {
     ++number;
     const std::string uncommented = line.substr(0, line.find_first_of("#;"));
@@ -61,7 +64,9 @@ std::vector<std::string> readDelays(const std::string& file, std::optional<doubl
     if (!value || hasUnit == delay.unit.empty()) refuseLine("delay, a number or one with n, u, m or s");
     delays.push_back(hasUnit ? writeSeconds(*value / unit->second) : delay.digits);
     hasUnits = hasUnits || hasUnit;
+    if (bare.empty() && !hasUnit && *value != 0) bare = file + ":" + std::to_string(number);
   }
+  if (hasUnits && !bare.empty()) warn(bare, "has no unit, as other lines have: the number is taken for seconds");
   if (!hasUnits && !secondsPerCount && !delays.empty()) warn(file, "has no units: its numbers are taken for seconds");
   return delays;
 }

@@ -59,8 +59,8 @@ Axis makeAxis(const std::string& path, const std::string& name, std::uint64_t si
   const auto points = static_cast<double>(size);
   axis.originHz = static_cast<float>((firstPpm - widthPpm * (points - 1) / points) * axis.observeMHz);
   const bool isFinite = std::isfinite(double{axis.sweepWidthHz} + axis.originHz + axis.observeMHz);
-  if (isFinite && axis.sweepWidthHz != 0 && axis.observeMHz != 0) return axis;
-  refuse(path, name + " has no sweep width, no frequency or no reference");
+  if (isFinite && axis.sweepWidthHz > 0 && axis.observeMHz > 0) return axis;
+  refuse(path, name + " has no sweep width or frequency above 0, or no reference");
 }
 
 void refuseOtherLength(const Layout& layout) {

@@ -5,14 +5,20 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <map>
+#include <string_view>
 
 #include "base/Refusal.h"
+#include "base/TextFile.h"
+#include "spectrum/FileHeader.h"
 
 namespace peakbox::planes {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+std::size_t hash(std::string_view bytes) { return std::hash<std::string_view>()(bytes); }
 
 volatile std::sig_atomic_t caughtSignal = 0;
 
@@ -105,14 +111,35 @@ std::vector<std::size_t> findPlanes(const std::string& folder) {
   return planes;
 }
 
+namespace {
+
+/// The planes in a folder by their data.
+std::map<std::size_t, std::string> findContents(const std::string& folder) {
+  std::map<std::size_t, std::string> contents;
+  for (const std::size_t plane : findPlanes(folder)) {
+    const std::string path = namePlane(folder, plane);
+    std::error_code failed;
+    const std::optional<std::string> bytes = fs::is_regular_file(path, failed) ? readFile(path) : std::nullopt;
+    if (!bytes || bytes->size() <= FileHeader::kSize) continue;
+    contents.try_emplace(hash(std::string_view(*bytes).substr(FileHeader::kSize)), path);
+  }
+  return contents;
+}
+
+}  // namespace
+
 void writePlanes(const std::vector<Layout>& series, const std::string& folder, std::size_t number,
                  const std::string& lines) {
+  std::map<std::size_t, std::string> before;
+  if (number > 1) before = findContents(folder);
   PlaneFiles files{.folder = folder};
   std::vector<std::uint32_t> points;
   for (const Layout& source : series) {
     const std::string header = makeHeader(source);
     for (std::uint64_t k = 0; k < source.getPlaneCount(); ++k) {
       if (!readPlane(source, k, points)) files.giveUp(source.path, "cannot be read to its end");
+      const auto same = before.find(hash({reinterpret_cast<const char*>(points.data()), 4 * points.size()}));
+      if (same != before.end()) warn(source.path, "has the same data as " + same->second);
       files.write(namePlane(folder, number++), header, points);
     }
   }

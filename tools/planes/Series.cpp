@@ -53,7 +53,8 @@ void refuseOtherAxes(const Layout& file, const Layout& first) {
     const float mhz = first.axes[d].observeMHz;
     const bool isOtherField = std::fabs(file.axes[d].observeMHz - mhz) > 0.01F * std::fabs(mhz);
     if (!(std::fabs(shift) > 0.1) && !isOtherField) continue;
-    refuse(file.path, "its " + dimension + " differs from that of " + first.path + ", by up to " + realToText(shift) +
+    refuse(file.path, "its " + dimension + " differs from that of " + first.path + ", by up to " +
+                          realToText(std::fabs(shift)) +
                           " points: " + describeDifferences(file.axes[d], first.axes[d]));
   }
 }

@@ -54,7 +54,7 @@ std::string readHeader(const std::string& path) {
 
 /// Which of three axes is that of the delays: the one whose frequency goes with no nucleus while the others are a pair
 /// of nuclei, else the shortest.
-std::size_t findDelays(const std::vector<UcsfAxis>& axes) {
+std::size_t findDelays(const std::vector<UcsfAxis>& axes, const std::string& path) {
   const auto arePair = [&](std::size_t a, std::size_t b) {
     return nameDimensions(axes[a].observeMHz(), axes[b].observeMHz())[0] != "D1";
   };
@@ -63,6 +63,7 @@ std::size_t findDelays(const std::vector<UcsfAxis>& axes) {
     const std::size_t b = (d + 2) % 3;
     if (arePair(a, b) && !arePair(a, d) && !arePair(b, d)) return d;
   }
+  warn(path, "no frequency tells the axis of the delays: the planes are those of the two longer ones");
   const auto isShorter = [](const UcsfAxis& a, const UcsfAxis& b) { return a.size() < b.size(); };
   return static_cast<std::size_t>(std::min_element(axes.begin(), axes.end(), isShorter) - axes.begin());
 }
@@ -83,7 +84,7 @@ Layout readUcsf(const std::string& path) {
     layout.tiles[n + 3 - count] = axis.tile();
   }
   refuseOtherLength(layout);
-  if (count == 3) layout.stacked = findDelays(axes);
+  if (count == 3) layout.stacked = findDelays(axes, path);
   layout.direct = layout.stacked == 2 ? 1 : 2;
   layout.indirect = 3 - layout.stacked - layout.direct;
   layout.claimedCount = static_cast<std::int64_t>(layout.getPlaneCount());
