@@ -223,7 +223,7 @@ void checkForeign(SampledSeries& all, const std::vector<Displacement>& displaced
     // In a series that drifts only the neighbours have the same signals.
     const bool isBetween = n != planes.front() && n != planes.back();
     const double alone = findAloneShare(signals, n, planes.size() > 5 && isBetween ? 2 : 1);
-    if (alone < 0.55 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
+    if (alone < 0.44 || std::any_of(displaced.begin(), displaced.end(), isIt)) continue;
     if (foreign.empty()) share = alone;
     foreign.push_back(n);
   }
