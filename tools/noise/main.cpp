@@ -19,8 +19,9 @@ namespace {
 
 using namespace peakbox;
 
-constexpr double kSignalTail = 1.12;  // which noise alone does not reach
+constexpr double kSignalTail = 1.10;  // which noise alone does not reach
 constexpr double kMuchSignalTail = 1.5;
+constexpr double kLargeError = 0.07;
 
 bool isFinite(const Spectrum& spectrum) {
   double nothing = 0.0;  // or no number
@@ -50,6 +51,11 @@ SpectrumNoise estimate(const std::string& file, const Spectrum& spectrum, const 
          tail + "its noise may be off by a third or more; take a smaller BOXSIZE, or repeats (-r of peakbox-table)");
   } else if (box.tail > kSignalTail) {
     warn(file, tail + "its noise may be off by more than a tenth");
+  }
+  if (box.error > kLargeError * box.deviation) {
+    warn(file, "its noise is known to " + realToText(std::ceil(100 * box.error / box.deviation)) +
+                   " % only, as few boxes of this size fit into it; take a smaller BOXSIZE, or repeats (-r of "
+                   "peakbox-table)");
   }
   return {box.deviation, box.error, box.tail, point, size, file};
 }
